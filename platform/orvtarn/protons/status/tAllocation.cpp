@@ -1,0 +1,131 @@
+#include "orvtarn/protons/status/tAllocation.h"
+
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+namespace nOrvTarn000
+{
+
+bool isSimulator()
+{
+    return false;
+}
+
+void* allocate(u32 a_size, tStatus& a_status)
+{
+    if (a_status.isFatal())
+    {
+        return nullptr;
+    }
+    void* pBlock = std::malloc(a_size);
+    if (pBlock == nullptr)
+    {
+        ORVTARN_SET_CODE(a_status, kStatusMemoryFull);
+    }
+    return pBlock;
+}
+
+// Memory locking exists only on the simulator; here a locked block is a heap block.
+void* allocateLocked(u32 a_size, tStatus& a_status)
+{
+    return allocate(a_size, a_status);
+}
+
+void release(void* a_pBlock, u32)
+{
+    std::free(a_pBlock);
+}
+
+void releaseLocked(void* a_pBlock, u32 a_size)
+{
+    release(a_pBlock, a_size);
+}
+
+} // namespace nOrvTarn000
+
+using nOrvTarn000::tStatus;
+
+void* operator new(std::size_t a_size, tStatus& a_status, bool a_locked) noexcept
+{
+    if (a_size > std::numeric_limits<u32>::max())
+    {
+        ORVTARN_SET_CODE(a_status, nOrvTarn000::kStatusMemoryFull);
+        return nullptr;
+    }
+    const u32 size = static_cast<u32>(a_size);
+    return a_locked ? nOrvTarn000::allocateLocked(size, a_status)
+                    : nOrvTarn000::allocate(size, a_status);
+}
+
+void* operator new[](std::size_t a_size, tStatus& a_status, bool a_locked) noexcept
+{
+    return operator new(a_size, a_status, a_locked);
+}
+
+void operator delete(void* a_pBlock, tStatus&, bool) noexcept
+{
+    nOrvTarn000::release(a_pBlock, 0);
+}
+
+void operator delete[](void* a_pBlock, tStatus&, bool) noexcept
+{
+    nOrvTarn000::release(a_pBlock, 0);
+}
+
+// The program's own allocation family: plain new never throws and yields null
+// on exhaustion (callers test it), and every delete goes back to the same heap
+// as the status-taking new above.
+void* operator new(std::size_t a_size)
+{
+    tStatus status;
+    return operator new(a_size, status, true);
+}
+
+void* operator new[](std::size_t a_size)
+{
+    tStatus status;
+    return operator new(a_size, status, true);
+}
+
+void* operator new(std::size_t a_size, const std::nothrow_t&) noexcept
+{
+    tStatus status;
+    return operator new(a_size, status, true);
+}
+
+void* operator new[](std::size_t a_size, const std::nothrow_t&) noexcept
+{
+    tStatus status;
+    return operator new(a_size, status, true);
+}
+
+void operator delete(void* a_pBlock) noexcept
+{
+    nOrvTarn000::release(a_pBlock, 0);
+}
+
+void operator delete[](void* a_pBlock) noexcept
+{
+    nOrvTarn000::release(a_pBlock, 0);
+}
+
+void operator delete(void* a_pBlock, std::size_t) noexcept
+{
+    nOrvTarn000::release(a_pBlock, 0);
+}
+
+void operator delete[](void* a_pBlock, std::size_t) noexcept
+{
+    nOrvTarn000::release(a_pBlock, 0);
+}
+
+void operator delete(void* a_pBlock, const std::nothrow_t&) noexcept
+{
+    nOrvTarn000::release(a_pBlock, 0);
+}
+
+void operator delete[](void* a_pBlock, const std::nothrow_t&) noexcept
+{
+    nOrvTarn000::release(a_pBlock, 0);
+}

@@ -1,0 +1,30 @@
+#pragma once
+#include "orvtarn/protons/status/tStatus.h"
+
+#include <cstddef>
+
+namespace nOrvTarn000
+{
+
+// Heap wrappers: a failed allocation reports kStatusMemoryFull and yields null.
+// A fatal status on entry yields null without allocating.
+void* allocate(u32 a_size, tStatus& a_status);
+void* allocateLocked(u32 a_size, tStatus& a_status);
+void release(void* a_pBlock, u32 a_size);
+void releaseLocked(void* a_pBlock, u32 a_size);
+
+// True on the real-time simulator, whose memory services replace the heap;
+// never on this platform.
+bool isSimulator();
+
+} // namespace nOrvTarn000
+
+// The status-taking allocation: "new (a_status) tFoo(...)" yields null, without
+// constructing, when the status is fatal or memory is exhausted. The result is
+// released by plain delete.
+void* operator new(std::size_t a_size, nOrvTarn000::tStatus& a_status,
+                   bool a_locked = false) noexcept;
+void* operator new[](std::size_t a_size, nOrvTarn000::tStatus& a_status,
+                     bool a_locked = false) noexcept;
+void operator delete(void* a_pBlock, nOrvTarn000::tStatus&, bool) noexcept;
+void operator delete[](void* a_pBlock, nOrvTarn000::tStatus&, bool) noexcept;
