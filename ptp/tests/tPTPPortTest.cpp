@@ -1,0 +1,91 @@
+// The state-object seam: unhandled events keep the state, and transitionTo
+// hands over the next state only when it exists and nothing failed.
+#include "orvptp/iPTPPort.h"
+
+#include <gtest/gtest.h>
+
+using namespace nOrvPTP000;
+using nOrvTarn000::tStatus;
+
+namespace
+{
+
+class tTestPort : public iPTPPort
+{
+public:
+    explicit tTestPort(u8 a_state, bool* a_pDeleted = nullptr)
+        : iPTPPort(nullptr, nullptr, nullptr), m_state(a_state), m_pDeleted(a_pDeleted)
+    {
+    }
+    ~tTestPort() override
+    {
+        if (m_pDeleted != nullptr)
+        {
+            *m_pDeleted = true;
+        }
+    }
+    u8 getState() override { return m_state; }
+
+private:
+    u8 m_state;
+    bool* m_pDeleted;
+};
+
+TEST(PTPPortTest, UnhandledEventsKeepTheState)
+{
+    tTestPort port(kPortStateListening);
+    tStatus status;
+    iPTPPort* (iPTPPort::*handlers[])(tStatus&) = {
+        &iPTPPort::handleStartClock,
+        &iPTPPort::handleStopClock,
+        &iPTPPort::handleInitialize,
+        &iPTPPort::handleInitializedCheck,
+        &iPTPPort::handleFaultCleared,
+        &iPTPPort::handleFaultDetected,
+        &iPTPPort::handleNetworkError,
+        &iPTPPort::handleDesignatedEnabled,
+        &iPTPPort::handleDesignatedDisabled,
+        &iPTPPort::handleStateDecision,
+        &iPTPPort::handleAnnounceReceiptTimeout,
+        &iPTPPort::handleSyncFault,
+        &iPTPPort::handleMasterClockSelected,
+    };
+    for (auto handler : handlers)
+    {
+        EXPECT_EQ((port.*handler)(status), &port);
+    }
+    EXPECT_EQ(status.getCode(), 0);
+}
+
+TEST(PTPPortTest, TransitionHandsOverTheNextState)
+{
+    tTestPort port(kPortStateListening);
+    bool deleted = false;
+    tTestPort* pNext = new tTestPort(kPortStateMaster, &deleted);
+    tStatus status;
+    EXPECT_EQ(port.transitionTo(pNext, status), pNext);
+    EXPECT_EQ(status.getCode(), 0);
+    EXPECT_FALSE(deleted);
+    delete pNext;
+}
+
+TEST(PTPPortTest, MissingNextStateKeepsThisOneAndReportsMemory)
+{
+    tTestPort port(kPortStateSlave);
+    tStatus status;
+    EXPECT_EQ(port.transitionTo(nullptr, status), &port);
+    EXPECT_EQ(status.getCode(), nOrvTarn000::kStatusMemoryFull);
+}
+
+TEST(PTPPortTest, FailedTransitionDeletesTheNextStateAndKeepsTheFirstCode)
+{
+    tTestPort port(kPortStateSlave);
+    bool deleted = false;
+    tStatus status;
+    ORVTARN_SET_CODE(status, nOrvTarn000::kStatusSystemError);
+    EXPECT_EQ(port.transitionTo(new tTestPort(kPortStateFaulty, &deleted), status), &port);
+    EXPECT_TRUE(deleted);
+    EXPECT_EQ(status.getCode(), nOrvTarn000::kStatusSystemError);
+}
+
+} // namespace

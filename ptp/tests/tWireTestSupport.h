@@ -1,0 +1,81 @@
+#pragma once
+// Helpers shared by the wire-layer tests: datagrams from literal bytes, the
+// bytes a serialisation produced, and a trace that keeps its text.
+#include "orvptp/iPTPSerializable.h"
+#include "orvptp/tProtocolDataUnit.h"
+#include "orvtarn/protons/status/iTraceDestination.h"
+#include "orvtarn/protons/status/tTrace.h"
+
+#include <string>
+#include <vector>
+
+namespace nWireTest
+{
+
+using tBytes = std::vector<u8>;
+
+inline tBytes bytesOf(const nOrvPTP000::tProtocolDataUnit& a_unit)
+{
+    return tBytes(a_unit.getData(), a_unit.getData() + a_unit.getLength());
+}
+
+// A received datagram: the bytes appended to an empty unit, read from 0.
+inline void receive(nOrvPTP000::tProtocolDataUnit& a_unit, const tBytes& a_bytes)
+{
+    nOrvTarn000::tStatus status;
+    a_unit.clear();
+    if (!a_bytes.empty())
+    {
+        a_unit.writeOctets(a_bytes.data(), static_cast<u32>(a_bytes.size()), status);
+    }
+}
+
+inline tBytes serialized(nOrvPTP000::iPTPSerializable& a_object, nOrvTarn000::tStatus& a_status)
+{
+    nOrvPTP000::tProtocolDataUnit unit(a_status);
+    a_object.serialize(unit, a_status);
+    return bytesOf(unit);
+}
+
+inline tBytes concat(tBytes a_first, const tBytes& a_second)
+{
+    a_first.insert(a_first.end(), a_second.begin(), a_second.end());
+    return a_first;
+}
+
+class tCaptureDestination : public nOrvTarn000::iTraceDestination
+{
+public:
+    nOrvTarn000::iTraceDestination& writeCount(const char* a_text, u32 a_length) override
+    {
+        m_text.append(a_text, a_length);
+        return *this;
+    }
+    nOrvTarn000::iTraceDestination& write(const char* a_text) override
+    {
+        m_text += a_text;
+        return *this;
+    }
+    void control(u32, u32) override {}
+    char* getOptionText(char*, u32, u32*) override { return nullptr; }
+    bool isReady() override { return true; }
+    void flush() override {}
+    const char* getName() override { return "capture"; }
+
+    std::string m_text;
+};
+
+// The text an object renders, with a line end so that the trace hands it over.
+inline std::string traceText(nOrvTarn000::iTraceable& a_object)
+{
+    tCaptureDestination destination;
+    {
+        nOrvTarn000::tTrace trace(destination);
+        trace.write(a_object).endLine();
+    }
+    std::string text = destination.m_text;
+    text.pop_back();
+    return text;
+}
+
+} // namespace nWireTest
