@@ -1,9 +1,16 @@
 #include "orvptp/iPTPPort.h"
 
+#include "orvptp/tPortDS.h"
+
 using nOrvTarn000::tStatus;
 
 namespace nOrvPTP000
 {
+
+u8 iPTPPort::getState()
+{
+    return m_pPortDS->getPortState();
+}
 
 iPTPPort* iPTPPort::handleStartClock(tStatus&)
 {

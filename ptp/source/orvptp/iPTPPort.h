@@ -1,5 +1,6 @@
 #pragma once
 #include "orvptp/tPortStateCodes.h"
+#include "orvtarn/protons/status/tAllocation.h"
 #include "orvtarn/protons/status/tStatus.h"
 
 namespace nOrvPTP000
@@ -26,8 +27,8 @@ public:
     iPTPPort(const iPTPPort&) = delete;
     iPTPPort& operator=(const iPTPPort&) = delete;
 
-    // One of the port state codes.
-    virtual u8 getState() = 0;
+    // One of the port state codes: the port data set's portState.
+    virtual u8 getState();
     virtual iPTPPort* handleStartClock(nOrvTarn000::tStatus& a_status);
     virtual iPTPPort* handleStopClock(nOrvTarn000::tStatus& a_status);
     virtual iPTPPort* handleInitialize(nOrvTarn000::tStatus& a_status);
@@ -49,9 +50,21 @@ public:
     iPTPPort* transitionTo(iPTPPort* a_pNext, nOrvTarn000::tStatus& a_status);
 
 protected:
+    // Builds the object of the next state, whose constructor is part of the
+    // transition, and passes it through transitionTo.
+    template <typename tState>
+    iPTPPort* enter(nOrvTarn000::tStatus& a_status);
+
     tPTPNode* m_pNode;
     tPortNetworkMaintainer* m_pNetworkMaintainer;
     tPortDS* m_pPortDS;
 };
+
+template <typename tState>
+iPTPPort* iPTPPort::enter(nOrvTarn000::tStatus& a_status)
+{
+    return transitionTo(new (a_status) tState(m_pNode, m_pNetworkMaintainer, m_pPortDS, a_status),
+                        a_status);
+}
 
 } // namespace nOrvPTP000

@@ -1,0 +1,78 @@
+#include "orvptp/ports/tPTPMasterPort.h"
+
+#include "orvptp/ports/tPTPPassivePort.h"
+#include "orvptp/tNodeEventGenerators.h"
+#include "orvptp/tPTPNode.h"
+
+namespace nOrvPTP000
+{
+
+using nOrvTarn000::tStatus;
+
+namespace
+{
+
+u32 intervalToMilliseconds(i8 a_logInterval)
+{
+    return a_logInterval >= 0 ? 1000u << a_logInterval : 1000u >> -a_logInterval;
+}
+
+} // namespace
+
+tPTPMasterPort::tPTPMasterPort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer,
+                               tPortDS* a_pPortDS, tStatus& a_status)
+    : tPTPOperationalPort(a_pNode, a_pNetworkMaintainer, a_pPortDS)
+{
+    const u32 announceMs = intervalToMilliseconds(m_pPortDS->getLogAnnounceInterval());
+    const u32 syncMs = intervalToMilliseconds(m_pPortDS->getLogSyncInterval());
+    if (a_status.isFatal())
+    {
+        return;
+    }
+    iPTPEventGenerator* pAnnounce = new (a_status) tSendAnnouncePacketEventGenerator(m_pNode);
+    iPTPEventGenerator* pSync = new (a_status) tSendSyncPacketEventGenerator(m_pNode);
+    if (a_status.isFatal())
+    {
+        delete pAnnounce;
+        delete pSync;
+        return;
+    }
+    // The first Announce and the first Sync go out at once.
+    const u32 announceId = m_pNode->schedulePeriodic(pAnnounce, 0, announceMs, a_status);
+    if (a_status.isFatal() || announceId == tPTPNode::kNotScheduled)
+    {
+        delete pSync;
+        return;
+    }
+    m_pPortDS->setTimerId(tPortDS::kSendAnnounceTimer, announceId, a_status);
+    const u32 syncId = m_pNode->schedulePeriodic(pSync, 0, syncMs, a_status);
+    if (a_status.isFatal() || syncId == tPTPNode::kNotScheduled)
+    {
+        tStatus cleanUp;
+        m_pNode->cancelScheduled(announceId, cleanUp);
+        m_pPortDS->setTimerId(tPortDS::kSendAnnounceTimer, tPortDS::kNoTimer, cleanUp);
+        return;
+    }
+    m_pPortDS->setTimerId(tPortDS::kSendSyncTimer, syncId, a_status);
+    m_pNode->cancelScheduled(m_pPortDS->getTimerId(tPortDS::kAnnounceReceiptTimer), a_status);
+    m_pPortDS->setTimerId(tPortDS::kAnnounceReceiptTimer, tPortDS::kNoTimer, a_status);
+    m_pPortDS->setPortState(kPortStateMaster, a_status);
+}
+
+// The data sets follow every decision; the state only SLAVE and PASSIVE ones.
+iPTPPort* tPTPMasterPort::handleStateDecision(tStatus& a_status)
+{
+    const tStateDecision decision = m_pNode->getStateDecision(a_status);
+    if (decision.m_decision == kDecisionSlave)
+    {
+        return followMaster(decision, a_status);
+    }
+    m_pNode->applyStateDecision(decision.m_updateCode, decision.m_pMessage, a_status);
+    if (decision.m_decision == kDecisionPassive && a_status.isNotFatal())
+    {
+        return enter<tPTPPassivePort>(a_status);
+    }
+    return this;
+}
+
+} // namespace nOrvPTP000

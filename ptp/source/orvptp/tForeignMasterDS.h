@@ -1,0 +1,69 @@
+#pragma once
+#include "orvptp/tForeignMasterRecord.h"
+#include "orvtarn/protons/status/tAllocator.h"
+#include "orvtarn/quarks/tMutex.h"
+
+#include <list>
+
+namespace nOrvPTP000
+{
+
+// The clocks from which the port receives Announce messages: one record per
+// sender, in the order in which they first appeared. The table owns its
+// records, and each record its latest Announce.
+//
+// Every operation holds the table's lock for its own length; begin and end
+// release it again at once, so a walk over the table is not atomic. All users
+// run on the dispatcher thread, which makes that safe.
+class tForeignMasterDS
+{
+public:
+    typedef std::list<tForeignMasterRecord*, nOrvTarn000::tAllocator<tForeignMasterRecord*>>
+        tRecordList;
+    typedef tRecordList::iterator tIterator;
+
+    enum : u32
+    {
+        kMaximumRecords = 65535
+    };
+
+    // a_maximumRecords is for tests of the limit; the clock keeps the default.
+    explicit tForeignMasterDS(nOrvTarn000::tStatus& a_status,
+                              u32 a_maximumRecords = kMaximumRecords);
+    // Deletes every record and its message.
+    ~tForeignMasterDS();
+
+    tForeignMasterDS(const tForeignMasterDS&) = delete;
+    tForeignMasterDS& operator=(const tForeignMasterDS&) = delete;
+
+    // Counts a_pMessage in the record of its sender, or makes a new record for
+    // it. 1 when a record was made, else 0. A full table refuses every
+    // message, also one of a known sender, with kStatusMemoryFull. Takes
+    // ownership of the message: what is not stored is deleted.
+    i32 addAnnounce(tAnnounceMessage* a_pMessage, nOrvTarn000::tStatus& a_status);
+
+    // The window count of a_sender's record; 0 for an unknown sender.
+    u16 getAnnounceCount(const tPortIdentity& a_sender, nOrvTarn000::tStatus& a_status);
+    // Slides the window of a_sender's record; an unknown sender is no failure.
+    void advanceWindow(const tPortIdentity& a_sender, nOrvTarn000::tStatus& a_status);
+    // Deletes a_sender's record; an unknown sender is no failure.
+    void removeRecord(const tPortIdentity& a_sender, nOrvTarn000::tStatus& a_status);
+    // Deletes every record, from the front.
+    void clear(nOrvTarn000::tStatus& a_status);
+    u32 getRecordCount(nOrvTarn000::tStatus& a_status);
+
+    // Deletes the record at a_rIterator and moves the iterator to the next one.
+    void erase(tIterator& a_rIterator, nOrvTarn000::tStatus& a_status);
+    tIterator begin();
+    tIterator end();
+
+private:
+    tIterator find(const tPortIdentity& a_sender);
+    void eraseLocked(tIterator& a_rIterator);
+
+    tRecordList m_records;
+    u32 m_maximumRecords;
+    nOrvTarn000::tMutex m_mutex;
+};
+
+} // namespace nOrvPTP000
