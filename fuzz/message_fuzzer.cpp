@@ -1,0 +1,177 @@
+// libFuzzer target for the message parser: any datagram goes through the
+// factory exactly as a received one does. What parses must serialise, parse
+// again and serialise to the same bytes; what does not parse must say why
+// with one of the parser's error codes. Every violation aborts, so that the
+// fuzzer keeps it as a finding.
+//
+// The datagram-level invariants checked:
+//   * a refused datagram yields null and a fatal status of a known kind;
+//   * an accepted one yields a message and a status that is not fatal;
+//   * its serialisation succeeds, carries its own length as messageLength and
+//     is never longer than the datagram it came from (nothing is invented);
+//   * the serialisation parses again, as the same message type, and
+//     serialises to identical bytes (parsing normalises in one step);
+//   * tracing the message works on any content.
+//
+// The parser reports unsupported organisation extensions on the console; set
+// ZM_FUZZ_TRACE=1 to see that output, which is otherwise discarded.
+#include "orvptp/tPTPMessageFactory.h"
+#include "orvptp/tProtocolDataUnit.h"
+#include "orvtarn/protons/status/iTraceDestination.h"
+#include "orvtarn/protons/status/tTrace.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+using namespace nOrvPTP000;
+using nOrvTarn000::tStatus;
+
+namespace
+{
+
+// Takes trace text and drops it.
+class tDiscardDestination : public nOrvTarn000::iTraceDestination
+{
+public:
+    nOrvTarn000::iTraceDestination& writeCount(const char*, u32) override { return *this; }
+    nOrvTarn000::iTraceDestination& write(const char*) override { return *this; }
+    void control(u32, u32) override {}
+    char* getOptionText(char*, u32, u32*) override { return nullptr; }
+    bool isReady() override { return true; }
+    void flush() override {}
+    const char* getName() override { return "discard"; }
+};
+
+[[noreturn]] void fail(const char* a_what, const tStatus& a_status)
+{
+    std::fprintf(stderr, "message_fuzzer: %s (status %d at %s:%d)\n", a_what,
+                 static_cast<int>(a_status.getCode()), a_status.getFile(),
+                 static_cast<int>(a_status.getLine()));
+    std::abort();
+}
+
+bool isParserRefusal(i32 a_code)
+{
+    return a_code == nOrvTarn000::kStatusOutOfBounds ||
+           a_code == nOrvTarn000::kStatusNotSupported ||
+           a_code == nOrvTarn000::kStatusInvalidArgument ||
+           a_code == nOrvTarn000::kStatusMemoryFull;
+}
+
+// The unit a datagram is received into, and the one a message is written
+// into; reused across runs as the node reuses its units.
+struct tUnits
+{
+    tStatus status;
+    tProtocolDataUnit received{status};
+    tProtocolDataUnit first{status};
+    tProtocolDataUnit second{status};
+};
+
+tUnits& units()
+{
+    static tUnits s_units;
+    return s_units;
+}
+
+void serializeInto(tPTPMessage& a_message, tProtocolDataUnit& a_unit, const char* a_what)
+{
+    tStatus status;
+    a_unit.clear();
+    a_message.serialize(a_unit, status);
+    if (status.isFatal())
+    {
+        fail(a_what, status);
+    }
+    if (a_message.getHeader()->getMessageLength() != static_cast<u16>(a_unit.getLength()))
+    {
+        fail("messageLength differs from the serialised length", status);
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    const char* pTrace = std::getenv("ZM_FUZZ_TRACE");
+    if (pTrace == nullptr || std::strcmp(pTrace, "1") != 0)
+    {
+        if (std::freopen("/dev/null", "w", stdout) == nullptr)
+        {
+            std::fprintf(stderr, "message_fuzzer: cannot silence the console trace\n");
+        }
+    }
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* a_pData, size_t a_size)
+{
+    tUnits& u = units();
+    if (u.status.isFatal())
+    {
+        fail("the units could not be made", u.status);
+    }
+
+    tStatus status;
+    u.received.clear();
+    if (a_size > 0)
+    {
+        u.received.writeOctets(a_pData, static_cast<u32>(a_size), status);
+        if (status.isFatal())
+        {
+            return 0; // no room for the datagram: not the parser's concern
+        }
+    }
+
+    std::unique_ptr<tPTPMessage> pMessage(tPTPMessageFactory::createMessage(u.received, status));
+    if (pMessage == nullptr)
+    {
+        if (!isParserRefusal(status.getCode()))
+        {
+            fail("a refused datagram without a parser error code", status);
+        }
+        return 0;
+    }
+    if (status.isFatal())
+    {
+        fail("a message together with a fatal status", status);
+    }
+    if (pMessage->getHeader() == nullptr || pMessage->getSuffix() == nullptr)
+    {
+        fail("a message without header or suffix", status);
+    }
+
+    {
+        tDiscardDestination destination;
+        nOrvTarn000::tTrace trace(destination);
+        trace.write(*pMessage).endLine();
+    }
+
+    serializeInto(*pMessage, u.first, "the parsed message does not serialise");
+    if (u.first.getLength() > a_size)
+    {
+        fail("the serialisation is longer than the datagram", status);
+    }
+
+    u.first.rewind();
+    std::unique_ptr<tPTPMessage> pAgain(tPTPMessageFactory::createMessage(u.first, status));
+    if (pAgain == nullptr || status.isFatal())
+    {
+        fail("the serialisation of a parsed message does not parse", status);
+    }
+    if (pAgain->getHeader()->getMessageType() != pMessage->getHeader()->getMessageType())
+    {
+        fail("the message type changed on the round trip", status);
+    }
+    serializeInto(*pAgain, u.second, "the reparsed message does not serialise");
+    if (u.first.getLength() != u.second.getLength() ||
+        std::memcmp(u.first.getData(), u.second.getData(), u.first.getLength()) != 0)
+    {
+        fail("the serialisation changed on the round trip", status);
+    }
+    return 0;
+}
