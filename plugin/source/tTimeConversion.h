@@ -1,0 +1,14 @@
+#pragma once
+#include "orvptp/tTimestamp.h"
+#include "tTimeValue.h"
+
+namespace nZelmarPtpPlugin_1_0
+{
+
+// The crossing between the PTP stack's timestamps and the plug-in core's time
+// values. Seconds beyond what signed 64-bit nanoseconds hold are held at the
+// largest such time; a negative time value becomes the timestamp 0.
+zelmarPluginCore_1_0::tTimeValue toTimeValue(const nOrvPTP000::tTimestamp& a_time);
+nOrvPTP000::tTimestamp toTimestamp(const zelmarPluginCore_1_0::tTimeValue& a_time);
+
+} // namespace nZelmarPtpPlugin_1_0

@@ -1,0 +1,667 @@
+// The network layer with real sockets between two network namespaces. The
+// program runs inside the first namespace, and enters the peer's namespace
+// only to open the peer's sockets: every socket lives in a test namespace.
+// tests/netns/messaging_test.sh builds the namespaces and passes them in.
+#include "tClientUdpNetworkInterface.h"
+#include "tNetworkDevices.h"
+#include "tPluginTestSupport.h"
+#include "tTimestampGenerator.h"
+
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <condition_variable>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <future>
+#include <linux/capability.h>
+#include <memory>
+#include <mutex>
+#include <net/if.h>
+#include <poll.h>
+#include <sched.h>
+#include <string>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <thread>
+#include <unistd.h>
+
+using namespace nZelmarPtpPlugin_1_0;
+using namespace nZelmarPtpPlugin_1_0::nTest;
+using nOrvPTP000::tProtocolDataUnit;
+using nOrvPTP000::tTimestamp;
+using nOrvTarn000::tStatus;
+
+namespace
+{
+
+// Bound on every wait for the network: generous, only to end a broken test.
+const std::chrono::seconds kGenerous(10);
+const u8 kTtl = 5;
+
+std::string environment(const char* a_pName)
+{
+    const char* pValue = std::getenv(a_pName);
+    return pValue == nullptr ? std::string() : std::string(pValue);
+}
+
+bool parseMac(const std::string& a_text, u8* a_pMac)
+{
+    unsigned bytes[6];
+    if (std::sscanf(a_text.c_str(), "%x:%x:%x:%x:%x:%x", &bytes[0], &bytes[1], &bytes[2], &bytes[3],
+                    &bytes[4], &bytes[5]) != 6)
+    {
+        return false;
+    }
+    for (int index = 0; index < 6; ++index)
+    {
+        a_pMac[index] = static_cast<u8>(bytes[index]);
+    }
+    return true;
+}
+
+u32 parseAddress(const std::string& a_text)
+{
+    in_addr address = {};
+    inet_pton(AF_INET, a_text.c_str(), &address);
+    return address.s_addr;
+}
+
+u16 sequenceOf(const std::vector<u8>& a_bytes)
+{
+    return a_bytes.size() < 32 ? 0 : static_cast<u16>((a_bytes[30] << 8) | a_bytes[31]);
+}
+
+// True when the calling thread works in the named test namespace.
+bool inNamespace(const std::string& a_name)
+{
+    struct stat own = {};
+    struct stat named = {};
+    return !a_name.empty() && stat("/proc/thread-self/ns/net", &own) == 0 &&
+           stat(("/run/netns/" + a_name).c_str(), &named) == 0 && own.st_dev == named.st_dev &&
+           own.st_ino == named.st_ino;
+}
+
+// The calling thread works in the named namespace for the object's scope.
+class tNamespaceVisit
+{
+public:
+    explicit tNamespaceVisit(const std::string& a_name)
+        : m_home(open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC)), m_entered(false)
+    {
+        const int target = open(("/run/netns/" + a_name).c_str(), O_RDONLY | O_CLOEXEC);
+        if (m_home >= 0 && target >= 0)
+        {
+            m_entered = setns(target, CLONE_NEWNET) == 0;
+        }
+        if (target >= 0)
+        {
+            close(target);
+        }
+    }
+    ~tNamespaceVisit()
+    {
+        // Never carry on in the wrong namespace.
+        if (m_entered && setns(m_home, CLONE_NEWNET) != 0)
+        {
+            std::abort();
+        }
+        if (m_home >= 0)
+        {
+            close(m_home);
+        }
+    }
+    bool entered() const { return m_entered; }
+
+private:
+    int m_home;
+    bool m_entered;
+};
+
+// One end of the link: the network layer with its own clock and timestamps.
+struct tEnd
+{
+    tEnd(const u8* a_pMac)
+        : m_generator(m_status), m_messaging(&m_generator, &m_clock, a_pMac, kTtl)
+    {
+    }
+    tStatus m_status;
+    tTimestampGenerator m_generator;
+    tCountingTimekeeper m_clock;
+    tClientUdpNetworkInterface m_messaging;
+};
+
+// A plain socket of the test, beside the network layer in the first
+// namespace: it sees the group's datagrams on one port with their source and
+// TTL.
+class tObserver
+{
+public:
+    tObserver(u16 a_port, u32 a_device) : m_socket(socket(AF_INET, SOCK_DGRAM, 0))
+    {
+        const int on = 1;
+        const int off = 0;
+        sockaddr_in local = {};
+        local.sin_family = AF_INET;
+        local.sin_port = htons(a_port);
+        local.sin_addr.s_addr = parseAddress("224.0.1.129");
+        ip_mreqn membership = {};
+        membership.imr_multiaddr = local.sin_addr;
+        membership.imr_ifindex = static_cast<int>(a_device);
+        m_ready =
+            m_socket >= 0 && setsockopt(m_socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on)) == 0 &&
+            setsockopt(m_socket, IPPROTO_IP, IP_MULTICAST_ALL, &off, sizeof(off)) == 0 &&
+            setsockopt(m_socket, IPPROTO_IP, IP_RECVTTL, &on, sizeof(on)) == 0 &&
+            bind(m_socket, reinterpret_cast<sockaddr*>(&local), sizeof(local)) == 0 &&
+            setsockopt(m_socket, IPPROTO_IP, IP_ADD_MEMBERSHIP, &membership, sizeof(membership)) ==
+                0;
+    }
+    ~tObserver()
+    {
+        if (m_socket >= 0)
+        {
+            close(m_socket);
+        }
+    }
+    bool ready() const { return m_ready; }
+
+    // One datagram, or false after the generous bound.
+    bool receive(std::vector<u8>& a_rBytes, u32& a_rSource, int& a_rTtl)
+    {
+        pollfd wait = {m_socket, POLLIN, 0};
+        if (poll(&wait, 1, static_cast<int>(kGenerous.count() * 1000)) != 1)
+        {
+            return false;
+        }
+        u8 buffer[2048];
+        char control[256];
+        sockaddr_in source = {};
+        iovec vector = {buffer, sizeof(buffer)};
+        msghdr message = {};
+        message.msg_name = &source;
+        message.msg_namelen = sizeof(source);
+        message.msg_iov = &vector;
+        message.msg_iovlen = 1;
+        message.msg_control = control;
+        message.msg_controllen = sizeof(control);
+        const ssize_t length = recvmsg(m_socket, &message, 0);
+        if (length < 0)
+        {
+            return false;
+        }
+        a_rBytes.assign(buffer, buffer + length);
+        a_rSource = source.sin_addr.s_addr;
+        a_rTtl = -1;
+        for (cmsghdr* pHeader = CMSG_FIRSTHDR(&message); pHeader != nullptr;
+             pHeader = CMSG_NXTHDR(&message, pHeader))
+        {
+            if (pHeader->cmsg_level == IPPROTO_IP && pHeader->cmsg_type == IP_TTL)
+            {
+                std::memcpy(&a_rTtl, CMSG_DATA(pHeader), sizeof(a_rTtl));
+            }
+        }
+        return true;
+    }
+
+private:
+    int m_socket;
+    bool m_ready;
+};
+
+class NetnsMessagingTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(inNamespace(environment("ZMPTP_LOCAL_NETNS")))
+            << "this program sends PTP traffic: run it inside the test namespace named by "
+               "ZMPTP_LOCAL_NETNS (tests/netns/messaging_test.sh does)";
+        m_peerNamespace = environment("ZMPTP_PEER_NETNS");
+        m_device = environment("ZMPTP_DEVICE");
+        m_localAddress = parseAddress(environment("ZMPTP_LOCAL_ADDRESS"));
+        m_peerAddress = parseAddress(environment("ZMPTP_PEER_ADDRESS"));
+        ASSERT_FALSE(m_peerNamespace.empty()) << "ZMPTP_PEER_NETNS is not set";
+        ASSERT_TRUE(parseMac(environment("ZMPTP_LOCAL_MAC"), m_localMac));
+        ASSERT_TRUE(parseMac(environment("ZMPTP_PEER_MAC"), m_peerMac));
+        ASSERT_NE(0u, m_localAddress);
+        ASSERT_NE(0u, m_peerAddress);
+
+        m_pLocal.reset(new tEnd(m_localMac));
+        m_pPeer.reset(new tEnd(m_peerMac));
+        ASSERT_TRUE(m_pLocal->m_status.isNotFatal());
+        ASSERT_TRUE(m_pPeer->m_status.isNotFatal());
+        openLocal();
+        openPeer();
+    }
+
+    void TearDown() override
+    {
+        if (m_pLocal)
+        {
+            tStatus status;
+            m_pLocal->m_messaging.close(status);
+            EXPECT_TRUE(status.isNotFatal()) << status.getCode();
+        }
+        if (m_pPeer)
+        {
+            tStatus status;
+            m_pPeer->m_messaging.close(status);
+            EXPECT_TRUE(status.isNotFatal()) << status.getCode();
+        }
+    }
+
+    void openLocal()
+    {
+        tStatus status;
+        m_pLocal->m_messaging.open(status);
+        ASSERT_TRUE(status.isNotFatal()) << status.getCode();
+    }
+
+    void openPeer()
+    {
+        tNamespaceVisit visit(m_peerNamespace);
+        ASSERT_TRUE(visit.entered()) << "cannot enter " << m_peerNamespace;
+        tStatus status;
+        m_pPeer->m_messaging.open(status);
+        ASSERT_TRUE(status.isNotFatal()) << status.getCode();
+    }
+
+    static void send(tEnd& a_rEnd, const std::vector<u8>& a_bytes, bool a_event)
+    {
+        tStatus status;
+        tProtocolDataUnit pdu(status);
+        fill(pdu, a_bytes);
+        if (a_event)
+        {
+            a_rEnd.m_messaging.sendEventMessage(pdu, status);
+        }
+        else
+        {
+            a_rEnd.m_messaging.sendGeneralMessage(pdu, status);
+        }
+        EXPECT_TRUE(status.isNotFatal()) << status.getCode();
+    }
+
+    // One receiveMessage; a watchdog cancels it should nothing come within
+    // the generous bound.
+    static i32 receive(tEnd& a_rEnd, tProtocolDataUnit& a_rPdu)
+    {
+        std::mutex mutex;
+        std::condition_variable done;
+        bool finished = false;
+        std::thread watchdog(
+            [&]
+            {
+                std::unique_lock<std::mutex> lock(mutex);
+                if (!done.wait_for(lock, kGenerous, [&] { return finished; }))
+                {
+                    tStatus status;
+                    a_rEnd.m_messaging.cancelReceive(status);
+                }
+            });
+        tStatus status;
+        a_rEnd.m_messaging.receiveMessage(a_rPdu, status);
+        {
+            std::lock_guard<std::mutex> lock(mutex);
+            finished = true;
+        }
+        done.notify_all();
+        watchdog.join();
+        return status.getCode();
+    }
+
+    // Receives until the datagram with this sequenceId comes, passing over
+    // others (our own looped-back messages, for one).
+    static std::vector<u8> receiveSequence(tEnd& a_rEnd, u16 a_sequenceId,
+                                           bool* a_pTimestamped = nullptr)
+    {
+        tStatus status;
+        tProtocolDataUnit pdu(status);
+        for (int attempt = 0; attempt < 8; ++attempt)
+        {
+            const i32 code = receive(a_rEnd, pdu);
+            if (code != 0)
+            {
+                ADD_FAILURE() << "receive ended with " << code << " waiting for sequence "
+                              << a_sequenceId;
+                return std::vector<u8>();
+            }
+            const std::vector<u8> bytes = bytesOf(pdu);
+            if (sequenceOf(bytes) == a_sequenceId)
+            {
+                if (a_pTimestamped != nullptr)
+                {
+                    tTimestamp time;
+                    *a_pTimestamped = a_rEnd.m_generator.getReceiveTimestamp(pdu, time, status);
+                }
+                return bytes;
+            }
+        }
+        ADD_FAILURE() << "sequence " << a_sequenceId << " did not come";
+        return std::vector<u8>();
+    }
+
+    std::string m_peerNamespace;
+    std::string m_device;
+    u8 m_localMac[6] = {};
+    u8 m_peerMac[6] = {};
+    u32 m_localAddress = 0;
+    u32 m_peerAddress = 0;
+    std::unique_ptr<tEnd> m_pLocal;
+    std::unique_ptr<tEnd> m_pPeer;
+};
+
+} // namespace
+
+TEST_F(NetnsMessagingTest, OpenFindsTheDeviceByItsMacAddress)
+{
+    EXPECT_EQ(m_localAddress, m_pLocal->m_messaging.getIpAddress());
+    EXPECT_EQ(m_peerAddress, m_pPeer->m_messaging.getIpAddress());
+
+    tStatus status;
+    tNetworkDeviceConfig byName;
+    ASSERT_TRUE(nNetworkDevices::findDeviceByName(m_device.c_str(), byName, status));
+    EXPECT_EQ(0, std::memcmp(m_localMac, byName.m_macAddress, 6));
+    EXPECT_EQ(m_localAddress, byName.m_ipAddress);
+    EXPECT_EQ(if_nametoindex(m_device.c_str()), byName.m_device);
+    tNetworkDeviceConfig byMac;
+    ASSERT_TRUE(nNetworkDevices::findDeviceByMacAddress(m_localMac, byMac, status));
+    EXPECT_STREQ(m_device.c_str(), byMac.m_name);
+    EXPECT_FALSE(nNetworkDevices::findDeviceByMacAddress(m_peerMac, byMac, status))
+        << "the peer's device is in the other namespace";
+    EXPECT_TRUE(status.isNotFatal());
+}
+
+TEST_F(NetnsMessagingTest, DeviceWithoutAddressFailsOpenAndSharedAddressPrefersOneWithIp)
+{
+    u8 bare[6];
+    u8 shared[6];
+    if (!parseMac(environment("ZMPTP_BARE_MAC"), bare) ||
+        !parseMac(environment("ZMPTP_SHARED_MAC"), shared))
+    {
+        GTEST_SKIP() << "no spare devices in this namespace";
+    }
+    tStatus status;
+    tNetworkDeviceConfig config;
+    ASSERT_TRUE(nNetworkDevices::findDeviceByMacAddress(bare, config, status));
+    EXPECT_EQ(0u, config.m_ipAddress);
+    tEnd bareEnd(bare);
+    bareEnd.m_messaging.open(status);
+    EXPECT_EQ(nOrvTarn000::kStatusNotAvailable, status.getCode());
+    EXPECT_EQ(0u, bareEnd.m_messaging.getIpAddress());
+
+    tStatus found;
+    ASSERT_TRUE(nNetworkDevices::findDeviceByMacAddress(shared, config, found));
+    EXPECT_EQ(parseAddress(environment("ZMPTP_SHARED_ADDRESS")), config.m_ipAddress)
+        << "of two devices with one MAC address, the later one has the IP address";
+}
+
+TEST_F(NetnsMessagingTest, PeerMessagesArriveOnBothPortsAndOnlyEventsAreTimestamped)
+{
+    const std::vector<u8> sync = makeMessage(kSync, 11, 0);
+    const std::vector<u8> followUp = makeMessage(kFollowUp, 11, 2, 76);
+    send(*m_pPeer, sync, true);
+    send(*m_pPeer, followUp, false);
+
+    bool timestamped = false;
+    EXPECT_EQ(sync, receiveSequence(*m_pLocal, 11, &timestamped));
+    EXPECT_TRUE(timestamped) << "an event message's receive time is recorded";
+    EXPECT_EQ(followUp, receiveSequence(*m_pLocal, 11, &timestamped));
+    EXPECT_FALSE(timestamped) << "a general message has no receive time";
+
+    // The send time: the later of two readings kStep apart, plus half of kStep.
+    tStatus status;
+    tProtocolDataUnit pdu(status);
+    fill(pdu, sync);
+    tTimestamp sent;
+    ASSERT_TRUE(m_pPeer->m_generator.getTransmitTimestamp(pdu, sent, status));
+    EXPECT_EQ(tCountingTimekeeper::kStep + tCountingTimekeeper::kStep / 2,
+              sent.getNanoseconds() % 1000000000u)
+        << "the first two readings of the peer's clock were taken around its send";
+}
+
+TEST_F(NetnsMessagingTest, OwnMulticastComesBackToOurOwnSockets)
+{
+    const std::vector<u8> delayReq = makeMessage(kDelayReq, 21, 1);
+    const std::vector<u8> delayResp = makeMessage(kDelayResp, 22, 3, 54);
+    send(*m_pLocal, delayReq, true);
+    send(*m_pLocal, delayResp, false);
+
+    bool timestamped = false;
+    EXPECT_EQ(delayReq, receiveSequence(*m_pLocal, 21, &timestamped));
+    EXPECT_TRUE(timestamped);
+    EXPECT_EQ(delayResp, receiveSequence(*m_pLocal, 22));
+    EXPECT_EQ(delayReq, receiveSequence(*m_pPeer, 21)) << "and the peer has them too";
+    EXPECT_EQ(delayResp, receiveSequence(*m_pPeer, 22));
+}
+
+TEST_F(NetnsMessagingTest, DatagramsLeaveFromTheDeviceWithTheConfiguredTtl)
+{
+    const u32 device = if_nametoindex(m_device.c_str());
+    tObserver events(tClientUdpNetworkInterface::kEventPort, device);
+    tObserver general(tClientUdpNetworkInterface::kGeneralPort, device);
+    ASSERT_TRUE(events.ready() && general.ready());
+
+    send(*m_pPeer, makeMessage(kSync, 31, 0), true);
+    send(*m_pPeer, makeMessage(kFollowUp, 31, 2), false);
+    send(*m_pLocal, makeMessage(kDelayReq, 32, 1), true);
+
+    std::vector<u8> bytes;
+    u32 source = 0;
+    int ttl = 0;
+    ASSERT_TRUE(general.receive(bytes, source, ttl));
+    EXPECT_EQ(31, sequenceOf(bytes));
+    EXPECT_EQ(m_peerAddress, source);
+    EXPECT_EQ(kTtl, ttl);
+    for (int datagram = 0; datagram < 2; ++datagram)
+    {
+        ASSERT_TRUE(events.receive(bytes, source, ttl));
+        EXPECT_EQ(sequenceOf(bytes) == 31 ? m_peerAddress : m_localAddress, source);
+        EXPECT_EQ(kTtl, ttl);
+    }
+}
+
+TEST_F(NetnsMessagingTest, EventDatagramIsTakenBeforeAGeneralOneThatCameFirst)
+{
+    const u32 device = if_nametoindex(m_device.c_str());
+    tObserver events(tClientUdpNetworkInterface::kEventPort, device);
+    tObserver general(tClientUdpNetworkInterface::kGeneralPort, device);
+    ASSERT_TRUE(events.ready() && general.ready());
+
+    send(*m_pPeer, makeMessage(kFollowUp, 41, 2), false);
+    send(*m_pPeer, makeMessage(kSync, 42, 0), true);
+    // A datagram reaches every socket of its group and port at once: when the
+    // observer has both, the network layer's sockets hold both as well.
+    std::vector<u8> bytes;
+    u32 source = 0;
+    int ttl = 0;
+    ASSERT_TRUE(general.receive(bytes, source, ttl));
+    ASSERT_TRUE(events.receive(bytes, source, ttl));
+
+    tStatus status;
+    tProtocolDataUnit pdu(status);
+    ASSERT_EQ(0, receive(*m_pLocal, pdu));
+    EXPECT_EQ(42, sequenceOf(bytesOf(pdu))) << "the event socket goes first";
+    ASSERT_EQ(0, receive(*m_pLocal, pdu));
+    EXPECT_EQ(41, sequenceOf(bytesOf(pdu)));
+}
+
+TEST_F(NetnsMessagingTest, CancelEndsABlockedReceiveAndIsUsedUp)
+{
+    std::promise<i32> ended;
+    std::future<i32> result = ended.get_future();
+    std::thread receiver(
+        [&]
+        {
+            tStatus status;
+            tProtocolDataUnit pdu(status);
+            m_pLocal->m_messaging.receiveMessage(pdu, status);
+            ended.set_value(status.getCode());
+        });
+    // Give the receiver time to block; it ends the same way if it has not.
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    tStatus status;
+    m_pLocal->m_messaging.cancelReceive(status);
+    const bool finished = result.wait_for(kGenerous) == std::future_status::ready;
+    if (!finished)
+    {
+        // Free the thread before failing: a close wakes it.
+        m_pLocal->m_messaging.close(status);
+    }
+    receiver.join();
+    ASSERT_TRUE(finished) << "the cancel did not end the receive";
+    EXPECT_EQ(nOrvTarn000::kStatusCancelled, result.get());
+
+    send(*m_pPeer, makeMessage(kSync, 51, 0), true);
+    EXPECT_EQ(51, sequenceOf(receiveSequence(*m_pLocal, 51))) << "the next receive works";
+}
+
+TEST_F(NetnsMessagingTest, CancelAndCloseEndABlockedReceiveAndReopenWorks)
+{
+    std::promise<i32> ended;
+    std::future<i32> result = ended.get_future();
+    std::thread receiver(
+        [&]
+        {
+            tStatus status;
+            tProtocolDataUnit pdu(status);
+            m_pLocal->m_messaging.receiveMessage(pdu, status);
+            ended.set_value(status.getCode());
+        });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    tStatus status;
+    m_pLocal->m_messaging.cancelReceive(status);
+    m_pLocal->m_messaging.close(status);
+    EXPECT_TRUE(status.isNotFatal());
+    const bool finished = result.wait_for(kGenerous) == std::future_status::ready;
+    receiver.join();
+    ASSERT_TRUE(finished);
+    EXPECT_EQ(nOrvTarn000::kStatusCancelled, result.get());
+
+    openLocal();
+    send(*m_pPeer, makeMessage(kSync, 52, 0), true);
+    EXPECT_EQ(52, sequenceOf(receiveSequence(*m_pLocal, 52)));
+}
+
+TEST_F(NetnsMessagingTest, PeerFlagInAnEventMessagePadsOurEventMessagesUntilReopen)
+{
+    send(*m_pPeer, makeMessage(kLegacySizeFlag | kSync, 61, 0), true);
+    receiveSequence(*m_pLocal, 61);
+
+    // A 44-byte Delay_Req leaves as 124 bytes, zero-filled, and its transmit
+    // time is still found by the unpadded message.
+    const std::vector<u8> delayReq = makeMessage(kDelayReq, 62, 1);
+    send(*m_pLocal, delayReq, true);
+    std::vector<u8> arrived = receiveSequence(*m_pPeer, 62);
+    ASSERT_EQ(124u, arrived.size());
+    EXPECT_TRUE(std::equal(delayReq.begin(), delayReq.end(), arrived.begin()));
+    EXPECT_EQ(std::vector<u8>(80, 0), std::vector<u8>(arrived.begin() + 44, arrived.end()));
+    tStatus status;
+    tProtocolDataUnit pdu(status);
+    fill(pdu, delayReq);
+    tTimestamp sent;
+    EXPECT_TRUE(m_pLocal->m_generator.getTransmitTimestamp(pdu, sent, status));
+
+    // General messages and longer event messages go unchanged.
+    send(*m_pLocal, makeMessage(kDelayResp, 63, 3, 54), false);
+    EXPECT_EQ(54u, receiveSequence(*m_pPeer, 63).size());
+    send(*m_pLocal, makeMessage(kSync, 64, 0, 150), true);
+    EXPECT_EQ(150u, receiveSequence(*m_pPeer, 64).size());
+
+    m_pLocal->m_messaging.close(status);
+    openLocal();
+    send(*m_pLocal, makeMessage(kDelayReq, 65, 1), true);
+    EXPECT_EQ(44u, receiveSequence(*m_pPeer, 65).size()) << "close ends the padding";
+}
+
+TEST_F(NetnsMessagingTest, PeerFlagInAGeneralMessagePadsOnlyWhenItIsAnAnnounce)
+{
+    send(*m_pPeer, makeMessage(kLegacySizeFlag | kFollowUp, 71, 2), false);
+    receiveSequence(*m_pLocal, 71);
+    send(*m_pLocal, makeMessage(kDelayReq, 72, 1), true);
+    EXPECT_EQ(44u, receiveSequence(*m_pPeer, 72).size());
+
+    send(*m_pPeer, makeMessage(kLegacySizeFlag | kAnnounce, 73, 5, 64), false);
+    receiveSequence(*m_pLocal, 73);
+    send(*m_pLocal, makeMessage(kDelayReq, 74, 1), true);
+    EXPECT_EQ(124u, receiveSequence(*m_pPeer, 74).size());
+}
+
+TEST_F(NetnsMessagingTest, TimestampingCarriesOnWhenThePriorityCannotBeRaised)
+{
+    rlimit saved = {};
+    ASSERT_EQ(0, getrlimit(RLIMIT_RTPRIO, &saved));
+    const rlimit none = {0, saved.rlim_max};
+    ASSERT_EQ(0, setrlimit(RLIMIT_RTPRIO, &none));
+    std::thread unprivileged(
+        [&]
+        {
+            // Only this thread loses the right to raise its priority.
+            __user_cap_header_struct header = {_LINUX_CAPABILITY_VERSION_3, 0};
+            __user_cap_data_struct data[2] = {};
+            ASSERT_EQ(0, syscall(SYS_capget, &header, data));
+            const unsigned bit = 1u << (CAP_SYS_NICE % 32);
+            data[CAP_SYS_NICE / 32].effective &= ~bit;
+            ASSERT_EQ(0, syscall(SYS_capset, &header, data));
+
+            const std::vector<u8> sync = makeMessage(kSync, 81, 0);
+            send(*m_pLocal, sync, true);
+            tStatus status;
+            tProtocolDataUnit pdu(status);
+            fill(pdu, sync);
+            tTimestamp sent;
+            EXPECT_TRUE(m_pLocal->m_generator.getTransmitTimestamp(pdu, sent, status));
+            bool timestamped = false;
+            receiveSequence(*m_pLocal, 81, &timestamped);
+            EXPECT_TRUE(timestamped);
+        });
+    unprivileged.join();
+    setrlimit(RLIMIT_RTPRIO, &saved);
+}
+
+TEST_F(NetnsMessagingTest, GroupDatagramsOfAnotherDeviceDoNotArrive)
+{
+    const std::string other = environment("ZMPTP_OTHER_DEVICE");
+    if (other.empty())
+    {
+        GTEST_SKIP() << "no second link in this namespace";
+    }
+    // Someone else joins the group on the other device here, so that the
+    // machine accepts the group's datagrams there.
+    tObserver observer(tClientUdpNetworkInterface::kEventPort, if_nametoindex(other.c_str()));
+    ASSERT_TRUE(observer.ready());
+
+    // The peer sends a Sync over the other link with a socket of its own.
+    const std::vector<u8> stray = makeMessage(kSync, 91, 0);
+    {
+        tNamespaceVisit visit(m_peerNamespace);
+        ASSERT_TRUE(visit.entered());
+        const int sender = socket(AF_INET, SOCK_DGRAM, 0);
+        ASSERT_GE(sender, 0);
+        ip_mreqn device = {};
+        device.imr_ifindex = static_cast<int>(if_nametoindex(other.c_str()));
+        sockaddr_in group = {};
+        group.sin_family = AF_INET;
+        group.sin_port = htons(tClientUdpNetworkInterface::kEventPort);
+        group.sin_addr.s_addr = parseAddress("224.0.1.129");
+        EXPECT_EQ(0, setsockopt(sender, IPPROTO_IP, IP_MULTICAST_IF, &device, sizeof(device)));
+        EXPECT_EQ(static_cast<ssize_t>(stray.size()),
+                  sendto(sender, stray.data(), stray.size(), 0, reinterpret_cast<sockaddr*>(&group),
+                         sizeof(group)));
+        close(sender);
+    }
+    std::vector<u8> bytes;
+    u32 source = 0;
+    int ttl = 0;
+    ASSERT_TRUE(observer.receive(bytes, source, ttl));
+    ASSERT_EQ(stray, bytes) << "the stray datagram has been delivered";
+
+    send(*m_pPeer, makeMessage(kSync, 92, 0), true);
+    tStatus status;
+    tProtocolDataUnit pdu(status);
+    ASSERT_EQ(0, receive(*m_pLocal, pdu));
+    EXPECT_EQ(92, sequenceOf(bytesOf(pdu))) << "only the PTP device's datagrams arrive";
+}
