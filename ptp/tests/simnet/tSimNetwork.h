@@ -1,0 +1,308 @@
+#pragma once
+// An in-process network for PTP clocks: one shared segment on which every open
+// endpoint hears every other, with a one-way delay and a loss rate per
+// direction, and a simulated clock behind each endpoint.
+//
+// Simulated time is one base for all endpoints: the nanoseconds of the
+// monotonic clock since the network was made. A datagram is stamped once, at
+// the simulated time t of its sending. Its transmit time is the sender's clock
+// at t, and it is delivered no earlier than t + delay, with the receiver's
+// clock at exactly t + delay as its receive time. Clock readings are whole
+// nanoseconds computed from t alone, so that with clock rate 0 ppb
+//     receive - transmit = delay + (receiver offset - sender offset)
+// holds exactly, and the measurement a slave makes from these stamps comes
+// out to the nanosecond.
+//
+// Each endpoint offers the three interfaces that a tPTPNode needs:
+// iPTPPortMessaging, iPTPTimestampGenerator and iPTPTimekeeper. Only bytes
+// move: the node serialises and parses every message itself.
+#include "orvptp/iPTPNode.h"
+#include "orvptp/iPTPPortMessaging.h"
+#include "orvptp/iPTPTimekeeper.h"
+#include "orvptp/iPTPTimestampGenerator.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <random>
+#include <vector>
+
+namespace nSimNet
+{
+
+using nOrvPTP000::tProtocolDataUnit;
+using nOrvPTP000::tTimestamp;
+using nOrvTarn000::tStatus;
+
+class tSimNetwork;
+
+// The first second of every simulated clock, a plausible present-day PTP time.
+constexpr i64 kClockEpochSeconds = 1700000000;
+constexpr i64 kNanosecondsPerSecond = 1000000000;
+
+// Header positions used to recognise a datagram.
+enum : u32
+{
+    kCorrectionFieldOffset = 8,
+    kSourcePortIdentityOffset = 20,
+    kSequenceIdOffset = 30,
+    kControlFieldOffset = 32,
+    kHeaderLength = 34
+};
+
+// The message type of a datagram (low nibble of its first byte), or 0xFF for
+// one too short to have a header.
+u8 messageTypeOf(const std::vector<u8>& a_bytes);
+// The correctionField of a datagram in scaled nanoseconds (2^-16 ns).
+i64 correctionFieldOf(const std::vector<u8>& a_bytes);
+void setCorrectionField(std::vector<u8>& a_bytes, i64 a_scaledNanoseconds);
+u16 sequenceIdOf(const std::vector<u8>& a_bytes);
+
+// A clock reading as whole nanoseconds since the timescale's epoch, and back.
+i64 toNanoseconds(const tTimestamp& a_time);
+tTimestamp toTimestamp(i64 a_nanoseconds);
+
+// One copy of a datagram on its way from one endpoint to another, as the
+// in-flight hook sees it. The hook may edit the bytes (as a transparent clock
+// edits the correctionField), add to the delay, or drop the copy.
+struct tInFlight
+{
+    u32 m_from;
+    u32 m_to;
+    bool m_event;
+    std::vector<u8> m_bytes;
+    i64 m_extraDelayNs;
+    bool m_drop;
+};
+// Runs under the network's lock: it must not call back into the network.
+typedef std::function<void(tInFlight&)> tInFlightHook;
+
+// One pair that the node handed to its timekeeper, with the node's
+// offsetFromMaster and meanPathDelay (scaled) at that moment.
+struct tSample
+{
+    tTimestamp m_masterTime;
+    tTimestamp m_localTime;
+    i64 m_offsetFromMaster;
+    i64 m_meanPathDelay;
+};
+
+// The messaging of one endpoint.
+class tSimMessaging : public nOrvPTP000::iPTPPortMessaging
+{
+public:
+    tSimMessaging(tSimNetwork& a_network, u32 a_id) : m_network(a_network), m_id(a_id) {}
+    void open(tStatus& a_status) override;
+    void close(tStatus& a_status) override;
+    void sendEventMessage(tProtocolDataUnit& a_rPdu, tStatus& a_status) override;
+    void sendGeneralMessage(tProtocolDataUnit& a_rPdu, tStatus& a_status) override;
+    void receiveMessage(tProtocolDataUnit& a_rPdu, tStatus& a_status) override;
+    void cancelReceive(tStatus& a_status) override;
+    nOrvPTP000::tPortAddress getPortAddress() override;
+
+private:
+    tSimNetwork& m_network;
+    u32 m_id;
+};
+
+// The timestamps of one endpoint. A record is found by the datagram's own
+// bytes: messageType, controlField, sequenceId and the sender's port identity,
+// so that two senders that happen to use the same sequenceId never share one.
+class tSimTimestamps : public nOrvPTP000::iPTPTimestampGenerator
+{
+public:
+    tSimTimestamps(tSimNetwork& a_network, u32 a_id) : m_network(a_network), m_id(a_id) {}
+    bool getReceiveTimestamp(tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime,
+                             tStatus& a_status) override;
+    bool getTransmitTimestamp(tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime,
+                              tStatus& a_status) override;
+
+private:
+    tSimNetwork& m_network;
+    u32 m_id;
+};
+
+// The clock of one endpoint, as the node reads and steers it.
+class tSimTimekeeper : public nOrvPTP000::iPTPTimekeeper
+{
+public:
+    tSimTimekeeper(tSimNetwork& a_network, u32 a_id) : m_network(a_network), m_id(a_id) {}
+    void getTime(tTimestamp& a_rTime, tStatus& a_status) override;
+    void stepTime(const tTimestamp& a_rTime, tStatus& a_status) override;
+    void addSample(const tTimestamp& a_rMasterTime, const tTimestamp& a_rLocalTime,
+                   tStatus& a_status) override;
+    bool isPortStateHeld() override;
+
+    // The node whose offsetFromMaster and meanPathDelay each sample records.
+    // addSample runs on that node's dispatcher thread, where reading them is safe.
+    void setProbe(nOrvPTP000::iPTPNode* a_pNode) { m_pProbe = a_pNode; }
+
+private:
+    tSimNetwork& m_network;
+    u32 m_id;
+    nOrvPTP000::iPTPNode* m_pProbe = nullptr;
+};
+
+class tSimNetwork
+{
+public:
+    typedef std::chrono::milliseconds tBound;
+
+    explicit tSimNetwork(u64 a_lossSeed = 1);
+    ~tSimNetwork();
+    tSimNetwork(const tSimNetwork&) = delete;
+    tSimNetwork& operator=(const tSimNetwork&) = delete;
+
+    // Adds an endpoint whose clock reads epoch + offset + t + t * rate / 10^9
+    // at simulated time t. Links to and from it get the default delay.
+    u32 addEndpoint(i64 a_clockOffsetNs = 0, i64 a_rateppb = 0);
+    u32 getEndpointCount();
+
+    nOrvPTP000::iPTPPortMessaging* getMessaging(u32 a_id);
+    nOrvPTP000::iPTPTimestampGenerator* getTimestamps(u32 a_id);
+    tSimTimekeeper* getTimekeeper(u32 a_id);
+
+    // Simulated nanoseconds since the network was made.
+    i64 now() const;
+    // The endpoint's clock at simulated time a_t.
+    tTimestamp clockAt(u32 a_id, i64 a_t);
+    i64 getClockOffset(u32 a_id);
+    void setClockOffset(u32 a_id, i64 a_offsetNs);
+    void setClockRate(u32 a_id, i64 a_rateppb);
+
+    // Delay for links made from now on; existing links keep theirs.
+    void setDefaultDelay(i64 a_delayNs);
+    void setDelay(u32 a_from, u32 a_to, i64 a_delayNs);
+    void setSymmetricDelay(u32 a_a, u32 a_b, i64 a_delayNs);
+    // Probability from 0 to 1 that one copy from a_from to a_to is lost.
+    void setLoss(u32 a_from, u32 a_to, double a_probability);
+    // A disconnected endpoint neither hears nor is heard; its sends still succeed.
+    void setConnected(u32 a_id, bool a_connected);
+    void setInFlightHook(tInFlightHook a_hook);
+
+    // The next receive of the endpoint fails with kStatusSystemError, as a
+    // broken socket would.
+    void failNextReceive(u32 a_id);
+    void setPortStateHeld(u32 a_id, bool a_held);
+
+    // Traffic counters by messageType (0 to 15).
+    u64 getSentCount(u32 a_id, u8 a_messageType);
+    u64 getDeliveredCount(u32 a_id, u8 a_messageType);
+    bool isOpen(u32 a_id);
+    u32 getOpenCount(u32 a_id);
+    // Datagrams queued for the endpoint, due or not.
+    u32 getPendingCount(u32 a_id);
+    // True while a receive of the endpoint is under way.
+    bool isReceiving(u32 a_id);
+
+    std::vector<tSample> getSamples(u32 a_id);
+    std::vector<tTimestamp> getSteps(u32 a_id);
+
+    // Waits until a_condition holds, re-testing it at every change on the
+    // network (traffic, samples, touch()). The condition runs without the
+    // network's lock and may call any getter. False if a_bound ran out.
+    bool waitUntil(const std::function<bool()>& a_condition, tBound a_bound);
+    // Tells the waiters that something they may be waiting for has changed.
+    void touch();
+
+private:
+    friend class tSimMessaging;
+    friend class tSimTimestamps;
+    friend class tSimTimekeeper;
+
+    typedef std::chrono::steady_clock tClock;
+
+    struct tKey
+    {
+        u8 m_messageType;
+        u8 m_controlField;
+        u16 m_sequenceId;
+        u8 m_source[10];
+        bool operator<(const tKey& a_other) const;
+    };
+    struct tRecord
+    {
+        tKey m_key;
+        tTimestamp m_time;
+    };
+    struct tDatagram
+    {
+        std::vector<u8> m_bytes;
+        bool m_event;
+        i64 m_due;
+    };
+    struct tLink
+    {
+        i64 m_delayNs;
+        double m_loss;
+    };
+    struct tEndpoint
+    {
+        i64 m_offsetNs = 0;
+        i64 m_rateppb = 0;
+        bool m_open = false;
+        bool m_cancelled = false;
+        bool m_connected = true;
+        bool m_failReceive = false;
+        bool m_held = false;
+        bool m_receiving = false;
+        u32 m_openCount = 0;
+        std::deque<tDatagram> m_queue;
+        std::deque<tRecord> m_receiveRecords;
+        std::deque<tRecord> m_transmitRecords;
+        u64 m_sent[16] = {};
+        u64 m_delivered[16] = {};
+        std::vector<tSample> m_samples;
+        std::vector<tTimestamp> m_steps;
+        std::unique_ptr<tSimMessaging> m_pMessaging;
+        std::unique_ptr<tSimTimestamps> m_pTimestamps;
+        std::unique_ptr<tSimTimekeeper> m_pTimekeeper;
+    };
+
+    enum : u32
+    {
+        // Records kept per direction; the oldest gives way.
+        kMaxRecords = 64
+    };
+
+    static bool makeKey(const u8* a_pData, u32 a_length, tKey& a_rKey);
+    static bool takeRecord(std::deque<tRecord>& a_rRecords, const tProtocolDataUnit& a_rPdu,
+                           tTimestamp& a_rTime);
+    static void keepRecord(std::deque<tRecord>& a_rRecords, const tKey& a_key,
+                           const tTimestamp& a_time);
+
+    tEndpoint& endpoint(u32 a_id);
+    // Under m_mutex.
+    tTimestamp clockAtLocked(const tEndpoint& a_endpoint, i64 a_t) const;
+    void changedLocked();
+
+    void open(u32 a_id, tStatus& a_status);
+    void close(u32 a_id);
+    void send(u32 a_id, tProtocolDataUnit& a_rPdu, bool a_event, tStatus& a_status);
+    void receive(u32 a_id, tProtocolDataUnit& a_rPdu, tStatus& a_status);
+    void receiveLocked(std::unique_lock<std::mutex>& a_rLock, tEndpoint& a_rEndpoint,
+                       tProtocolDataUnit& a_rPdu, tStatus& a_status);
+    void cancelReceive(u32 a_id);
+    bool fetchReceive(u32 a_id, tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime);
+    bool fetchTransmit(u32 a_id, tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime);
+    void readClock(u32 a_id, tTimestamp& a_rTime);
+    void step(u32 a_id, const tTimestamp& a_time);
+    void keepSample(u32 a_id, const tSample& a_sample);
+    bool held(u32 a_id);
+
+    const tClock::time_point m_start;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    u64 m_generation;
+    std::mt19937_64 m_random;
+    i64 m_defaultDelayNs;
+    std::vector<std::unique_ptr<tEndpoint>> m_endpoints;
+    std::map<std::pair<u32, u32>, tLink> m_links;
+    tInFlightHook m_hook;
+};
+
+} // namespace nSimNet
