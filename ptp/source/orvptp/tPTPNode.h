@@ -318,9 +318,10 @@ private:
     // The header fields that every message sent from this port shares.
     void fillHeader(tPTPMessage& a_rMessage, u16 a_sequenceId, i8 a_logMessageInterval,
                     tStatus& a_status);
-    // A clock without time can neither serve nor measure: the port stops its
-    // timers and goes FAULTY.
-    void faultOnLostTime(tStatus& a_status);
+    // Reads the time a message is sent with. A clock without time can neither
+    // serve nor measure: the port stops its timers and goes FAULTY, and the
+    // caller's status keeps the failure, so that nothing more is sent.
+    bool readTimeForSending(tTimestamp& a_rNow, tStatus& a_status);
 
     tDefaultDS m_defaultDS;
     tCurrentDS m_currentDS;

@@ -261,24 +261,28 @@ void tPTPNode::fillHeader(tPTPMessage& a_rMessage, u16 a_sequenceId, i8 a_logMes
     pHeader->setLogMessageInterval(a_logMessageInterval, a_status);
 }
 
-void tPTPNode::faultOnLostTime(tStatus& a_status)
+bool tPTPNode::readTimeForSending(tTimestamp& a_rNow, tStatus& a_status)
 {
-    stopPortTimers(a_status);
-    transition(&iPTPPort::handleFaultDetected, a_status);
+    if (a_status.isFatal())
+    {
+        return false;
+    }
+    m_pTimekeeper->getTime(a_rNow, a_status);
+    if (a_status.isNotFatal())
+    {
+        return true;
+    }
+    tStatus faultStatus;
+    stopPortTimers(faultStatus);
+    transition(&iPTPPort::handleFaultDetected, faultStatus);
+    return false;
 }
 
 void tPTPNode::sendAnnounce(tStatus& a_status)
 {
-    if (a_status.isFatal())
-    {
-        return;
-    }
     tTimestamp now;
-    m_pTimekeeper->getTime(now, a_status);
-    if (a_status.isFatal())
+    if (!readTimeForSending(now, a_status))
     {
-        a_status.clear();
-        faultOnLostTime(a_status);
         return;
     }
     tAnnounceMessage message(a_status);
@@ -313,17 +317,9 @@ void tPTPNode::sendAnnounce(tStatus& a_status)
 
 void tPTPNode::sendSync(tProtocolDataUnit& a_rPacket, tStatus& a_status)
 {
-    if (a_status.isFatal())
-    {
-        return;
-    }
     tTimestamp now;
-    m_pTimekeeper->getTime(now, a_status);
-    if (a_status.isFatal())
+    if (!readTimeForSending(now, a_status))
     {
-        // The failure stays with the caller, so that no Follow_Up goes out.
-        tStatus faultStatus;
-        faultOnLostTime(faultStatus);
         return;
     }
     tSyncMessage message(a_status);
@@ -373,16 +369,9 @@ void tPTPNode::sendFollowUp(tProtocolDataUnit& a_rPacket, tStatus& a_status)
 
 void tPTPNode::sendDelayReq(tStatus& a_status)
 {
-    if (a_status.isFatal())
-    {
-        return;
-    }
     tTimestamp now;
-    m_pTimekeeper->getTime(now, a_status);
-    if (a_status.isFatal())
+    if (!readTimeForSending(now, a_status))
     {
-        a_status.clear();
-        faultOnLostTime(a_status);
         return;
     }
     // The measurement keeps the packet: its transmit time is looked up by it

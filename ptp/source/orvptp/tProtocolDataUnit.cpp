@@ -163,22 +163,26 @@ void tProtocolDataUnit::readUInteger8(u8& a_rValue, tStatus& a_status)
     readOctet(a_rValue, a_status);
 }
 
-void tProtocolDataUnit::readUInteger16(u16& a_rValue, tStatus& a_status)
+// Narrowing the fetched value reinterprets its two's complement bytes for the
+// signed types, which is what the wire carries.
+template <typename T>
+void tProtocolDataUnit::fetchAs(T& a_rValue, u32 a_width, tStatus& a_status)
 {
     u64 raw = 0;
-    if (fetchBigEndian(raw, 2, a_status))
+    if (fetchBigEndian(raw, a_width, a_status))
     {
-        a_rValue = static_cast<u16>(raw);
+        a_rValue = static_cast<T>(raw);
     }
+}
+
+void tProtocolDataUnit::readUInteger16(u16& a_rValue, tStatus& a_status)
+{
+    fetchAs(a_rValue, 2, a_status);
 }
 
 void tProtocolDataUnit::readUInteger32(u32& a_rValue, tStatus& a_status)
 {
-    u64 raw = 0;
-    if (fetchBigEndian(raw, 4, a_status))
-    {
-        a_rValue = static_cast<u32>(raw);
-    }
+    fetchAs(a_rValue, 4, a_status);
 }
 
 void tProtocolDataUnit::readUInteger48(u64& a_rValue, tStatus& a_status)
@@ -201,29 +205,17 @@ void tProtocolDataUnit::readInteger8(i8& a_rValue, tStatus& a_status)
 
 void tProtocolDataUnit::readInteger16(i16& a_rValue, tStatus& a_status)
 {
-    u64 raw = 0;
-    if (fetchBigEndian(raw, 2, a_status))
-    {
-        a_rValue = static_cast<i16>(raw);
-    }
+    fetchAs(a_rValue, 2, a_status);
 }
 
 void tProtocolDataUnit::readInteger32(i32& a_rValue, tStatus& a_status)
 {
-    u64 raw = 0;
-    if (fetchBigEndian(raw, 4, a_status))
-    {
-        a_rValue = static_cast<i32>(raw);
-    }
+    fetchAs(a_rValue, 4, a_status);
 }
 
 void tProtocolDataUnit::readInteger64(i64& a_rValue, tStatus& a_status)
 {
-    u64 raw = 0;
-    if (fetchBigEndian(raw, 8, a_status))
-    {
-        a_rValue = static_cast<i64>(raw);
-    }
+    fetchAs(a_rValue, 8, a_status);
 }
 
 void tProtocolDataUnit::readNibble(u8& a_rValue, tStatus& a_status)
@@ -233,11 +225,7 @@ void tProtocolDataUnit::readNibble(u8& a_rValue, tStatus& a_status)
 
 void tProtocolDataUnit::readOctet(u8& a_rValue, tStatus& a_status)
 {
-    u64 raw = 0;
-    if (fetchBigEndian(raw, 1, a_status))
-    {
-        a_rValue = static_cast<u8>(raw);
-    }
+    fetchAs(a_rValue, 1, a_status);
 }
 
 void tProtocolDataUnit::readOctets(void* a_pData, u32 a_length, tStatus& a_status)

@@ -92,6 +92,9 @@ private:
     // Reads a_width bytes, most significant first, into a_rValue, whose
     // higher bytes become zero. Assigns a_rValue only on success.
     bool fetchBigEndian(u64& a_rValue, u32 a_width, nOrvTarn000::tStatus& a_status);
+    // fetchBigEndian into a destination of type T, written only on success.
+    template <typename T>
+    void fetchAs(T& a_rValue, u32 a_width, nOrvTarn000::tStatus& a_status);
     // Claims a_length bytes from the next byte boundary, growing as needed, and
     // moves the write cursor past them. Returns the offset of the first one, or
     // false when the status is or becomes fatal.
