@@ -41,7 +41,6 @@ tTimeInterval scaled(i64 a_scaled)
 TEST(ClockIdentityTest, OrdersAsUnsignedBigEndianNumber)
 {
     EXPECT_TRUE(identity(0x7F) < identity(0x80));
-    EXPECT_TRUE(identity(0x80) > identity(0x7F));
     EXPECT_FALSE(identity(0x80) < identity(0x7F));
     // The first octet outweighs every later one.
     EXPECT_TRUE(identity(0x01, 0x00) > identity(0x00, 0xFF));
@@ -168,34 +167,20 @@ TEST(TimeIntervalTest, DivisionDividesByTheDivisorsNanoseconds)
     EXPECT_EQ((tTimeInterval(0) / tTimeInterval(0)).getScaledNanoseconds(), 0);
 }
 
-TEST(TimeIntervalTest, WireFormAndTrace)
+// The wire forms of intervals and timestamps are in the message literals.
+TEST(TimeIntervalTest, Trace)
 {
     tTimeInterval interval = scaled(-98304);
-    tStatus status;
-    EXPECT_EQ(serialized(interval, status),
-              (tBytes{0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFE, 0x80, 0x00}));
     EXPECT_EQ(traceText(interval), "scaledNanoseconds: -98304");
-
-    tProtocolDataUnit unit(status);
-    receive(unit, tBytes{0x80, 0, 0, 0, 0, 0, 0, 0});
-    interval.deserialize(unit, status);
-    EXPECT_EQ(interval.getScaledNanoseconds(), kMin);
-    EXPECT_EQ(status.getCode(), 0);
 }
 
 // ---------------------------------------------------------------- timestamps
 
-TEST(TimestampTest, DifferenceWithinTheSameSecond)
+TEST(TimestampTest, DifferenceBorrowsAndSaturatesBeyondTwoToTheFortySeven)
 {
-    const tTimeInterval d = tTimestamp(10, 100) - tTimestamp(10, 200);
-    EXPECT_EQ(d.getNanoseconds(), -100);
+    EXPECT_EQ((tTimestamp(10, 100) - tTimestamp(10, 200)).getNanoseconds(), -100);
     EXPECT_EQ((tTimestamp(11, 100) - tTimestamp(10, 999999900)).getNanoseconds(), 200);
     EXPECT_EQ((tTimestamp(10, 999999900) - tTimestamp(11, 100)).getNanoseconds(), -200);
-    EXPECT_EQ((tTimestamp(1000, 5) - tTimestamp(0, 0)).getNanoseconds(), 1000000000005LL);
-}
-
-TEST(TimestampTest, DifferenceSaturatesBeyondTwoToTheFortySeven)
-{
     // About 39 hours fit; four days do not.
     EXPECT_EQ((tTimestamp(140000, 0) - tTimestamp(0, 0)).getNanoseconds(), 140000000000000LL);
     EXPECT_EQ((tTimestamp(400000, 0) - tTimestamp(0, 0)).getScaledNanoseconds(), kMax);
@@ -220,10 +205,7 @@ TEST(TimestampTest, AddingAndSubtractingIntervalsNormalises)
     EXPECT_EQ(tTimestamp(5, 100) + tTimeInterval(0), tTimestamp(5, 100));
     // Sub-nanosecond parts are dropped.
     EXPECT_EQ(tTimestamp(5, 100) + scaled(65535), tTimestamp(5, 100));
-}
 
-TEST(TimestampTest, ArithmeticRoundTrips)
-{
     const tTimestamp a(1700000000, 123456789);
     const tTimestamp b(1699999990, 987654321);
     EXPECT_EQ(b + (a - b), a);
@@ -232,12 +214,7 @@ TEST(TimestampTest, ArithmeticRoundTrips)
 
 TEST(TimestampTest, WireCarriesFortyEightBitsOfSeconds)
 {
-    tTimestamp ts(0x0000876543210FEDULL, 999999999);
     tStatus status;
-    const tBytes wire = serialized(ts, status);
-    EXPECT_EQ(wire, (tBytes{0x87, 0x65, 0x43, 0x21, 0x0F, 0xED, 0x3B, 0x9A, 0xC9, 0xFF}));
-
-    // The top 16 bits of the seconds are lost.
     tTimestamp large(0x0001000000000005ULL, 1);
     tProtocolDataUnit unit(status);
     large.serialize(unit, status);
@@ -245,6 +222,7 @@ TEST(TimestampTest, WireCarriesFortyEightBitsOfSeconds)
     back.deserialize(unit, status);
     EXPECT_EQ(back, tTimestamp(5, 1));
     EXPECT_EQ(status.getCode(), 0);
+    tTimestamp ts(0x0000876543210FEDULL, 999999999);
     EXPECT_EQ(traceText(ts), "secondsField: 148868987686893 nanosecondsField: 999999999");
 }
 
@@ -273,18 +251,12 @@ TEST(ClockQualityTest, DefaultsWireAndTrace)
 
 // ---------------------------------------------------------------- address
 
-TEST(PortAddressTest, DefaultWireForm)
-{
-    tPortAddress address;
-    tStatus status;
-    EXPECT_EQ(serialized(address, status), (tBytes{0xFF, 0xFE, 0x00, 0x00}));
-    EXPECT_EQ(address.getSize(), 4);
-}
-
 TEST(PortAddressTest, ConstructionAndWireRoundTrip)
 {
-    const u8 ip[4] = {224, 0, 1, 129};
     tStatus status;
+    tPortAddress unset;
+    EXPECT_EQ(serialized(unset, status), (tBytes{0xFF, 0xFE, 0x00, 0x00}));
+    const u8 ip[4] = {224, 0, 1, 129};
     tPortAddress address(1, 4, ip, status);
     EXPECT_EQ(status.getCode(), 0);
     EXPECT_EQ(address.getSize(), 8);
@@ -347,14 +319,8 @@ TEST(PortAddressTest, ReceivedAddressLengthAboveSixteenWritesNothing)
     tStatus expectedStatus;
     EXPECT_EQ(guarded.m_address, tPortAddress(1, 4, ip, expectedStatus));
     EXPECT_EQ(unit.getReadPositionBits(), 4u * 8);
-    for (u8 guard : guarded.m_after)
-    {
-        EXPECT_EQ(guard, 0x5C);
-    }
-    for (u8 guard : guarded.m_before)
-    {
-        EXPECT_EQ(guard, 0x5C);
-    }
+    EXPECT_EQ(tBytes(guarded.m_before, guarded.m_before + 32), tBytes(32, 0x5C));
+    EXPECT_EQ(tBytes(guarded.m_after, guarded.m_after + 32), tBytes(32, 0x5C));
 }
 
 TEST(PortAddressTest, TruncatedAddressKeepsTheOldValue)

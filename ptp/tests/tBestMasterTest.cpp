@@ -166,15 +166,11 @@ protected:
     tDefaultBestMasterClockAlgorithm m_algorithm;
 };
 
-TEST_F(BestMasterTest, NoForeignMasterKeepsListeningWithoutRecommendation)
+// Without foreign masters a listening port stays so; any other is master.
+TEST_F(BestMasterTest, NoForeignMasterListeningStaysOtherwiseMaster)
 {
     m_output.setDecision(1, tStateDecision(kDecisionMaster, kUpdateM2, nullptr), m_status);
     expectDecision(run(), kDecisionListening, kUpdateM1, nullptr);
-    EXPECT_EQ(m_status.getCode(), 0);
-}
-
-TEST_F(BestMasterTest, NoForeignMasterOutsideListeningIsMaster)
-{
     m_node.m_portState = kPortStateMaster;
     expectDecision(run(), kDecisionMaster, kUpdateM2, nullptr);
     m_node.m_clockClass = 248;
@@ -184,18 +180,16 @@ TEST_F(BestMasterTest, NoForeignMasterOutsideListeningIsMaster)
     EXPECT_EQ(m_status.getCode(), 0);
 }
 
-TEST_F(BestMasterTest, LocalClockBetterThanEveryForeignMasterIsMaster)
+TEST_F(BestMasterTest, LocalClockAgainstForeignMasters)
 {
     m_node.m_priority1 = 100;
     qualified(tAnnounceBuilder(clockId(0x01)).priority1(101));
     qualified(tAnnounceBuilder(clockId(0x02)).priority1(120));
     expectDecision(run(), kDecisionMaster, kUpdateM2, nullptr);
     EXPECT_EQ(records(), 1u);
-}
 
-TEST_F(BestMasterTest, BetterForeignMasterMakesTheOnePortSlave)
-{
-    const tAnnounceMessage* pBest = qualified(tAnnounceBuilder(clockId(0x01)).priority1(10));
+    // A better one makes the one port slave, in any state.
+    const tAnnounceMessage* pBest = qualified(tAnnounceBuilder(clockId(0x03)).priority1(10));
     expectDecision(run(), kDecisionSlave, kUpdateS1, pBest);
     m_node.m_portState = kPortStateSlave;
     expectDecision(run(), kDecisionSlave, kUpdateS1, pBest);
@@ -329,14 +323,12 @@ protected:
 
 TEST_F(TwoPortTest, EbestPortIsSlaveAndAPortWithAWorseMasterIsMaster)
 {
-    const tAnnounceMessage* pOn1 =
-        qualified(m_table1, tAnnounceBuilder(clockId(1)).priority1(20), m_status);
+    qualified(m_table1, tAnnounceBuilder(clockId(1)).priority1(20), m_status);
     const tAnnounceMessage* pOn2 =
         qualified(m_table2, tAnnounceBuilder(clockId(2)).priority1(10), m_status);
     run();
     expectDecision(m_output.getDecision(1, m_status), kDecisionMaster, kUpdateM3, pOn2);
     expectDecision(m_output.getDecision(2, m_status), kDecisionSlave, kUpdateS1, pOn2);
-    (void)pOn1;
     EXPECT_EQ(m_status.getCode(), 0);
 }
 

@@ -109,10 +109,6 @@ TEST(TLVLengthTest, AlignmentPadsOddLengths)
 TEST(LXITLVTest, NewTLVHasOnlyItsIdentifiers)
 {
     tLXIConsortiumNotDefinedTLV tlv;
-    EXPECT_EQ(tlv.getTlvType(), kTlvTypeOrganizationExtension);
-    EXPECT_EQ(tlv.getLength(), 6);
-    EXPECT_EQ(tlv.getOrganizationId(), 0x0021D6u);
-    EXPECT_EQ(tlv.getOrganizationSubType(), 0xFFFFFFu);
     EXPECT_EQ(tlv.getData(), nullptr);
     tStatus status;
     EXPECT_EQ(serialized(tlv, status), kLXIEmpty);
@@ -284,26 +280,23 @@ TEST(MessageSuffixTest, ReceivedSuffixIsWrittenBackInOrder)
     EXPECT_EQ(again, expected);
 }
 
-TEST(MessageSuffixTest, UnknownTLVRunningPastTheEndEndsTheSuffixQuietly)
+// A TLV that claims more than the datagram holds ends the suffix quietly: an
+// unknown one running past the end, and an LXI one whose lengthField 2 asks
+// for 2 - 6, in 16 bits 65532, octets of data.
+TEST(MessageSuffixTest, ATLVRunningPastTheEndEndsTheSuffixQuietly)
 {
-    i32 code = -1;
-    std::unique_ptr<tPTPMessage> pMessage =
-        receiveSyncWith(concat(kLXIEmpty, {0x12, 0x34, 0xFF, 0xFF, 1, 2, 3}), code);
-    ASSERT_NE(pMessage, nullptr);
-    EXPECT_EQ(code, 0);
-    EXPECT_EQ(pMessage->getSuffix()->getTLVCount(), 1u);
-}
-
-TEST(MessageSuffixTest, LXILengthBelowSixIsDroppedQuietly)
-{
-    // lengthField 2 asks for 2 - 6, in 16 bits 65532, octets of data.
-    i32 code = -1;
-    std::unique_ptr<tPTPMessage> pMessage = receiveSyncWith(
-        concat(kLXIEmpty, {0x00, 0x03, 0x00, 0x02, 0x00, 0x21, 0xD6, 0xFF, 0xFF, 0xFF, 'a', 'b'}),
-        code);
-    ASSERT_NE(pMessage, nullptr);
-    EXPECT_EQ(code, 0);
-    EXPECT_EQ(pMessage->getSuffix()->getTLVCount(), 1u);
+    const tBytes overlong[] = {
+        {0x12, 0x34, 0xFF, 0xFF, 1, 2, 3},
+        {0x00, 0x03, 0x00, 0x02, 0x00, 0x21, 0xD6, 0xFF, 0xFF, 0xFF, 'a', 'b'},
+    };
+    for (const tBytes& tail : overlong)
+    {
+        i32 code = -1;
+        std::unique_ptr<tPTPMessage> pMessage = receiveSyncWith(concat(kLXIEmpty, tail), code);
+        ASSERT_NE(pMessage, nullptr);
+        EXPECT_EQ(code, 0);
+        EXPECT_EQ(pMessage->getSuffix()->getTLVCount(), 1u);
+    }
 }
 
 TEST(MessageSuffixTest, RefusedExtensionDataIsReadAsTheNextTLVs)
@@ -324,18 +317,6 @@ TEST(MessageSuffixTest, RefusedExtensionDataIsReadAsTheNextTLVs)
     ASSERT_EQ(pMessage->getSuffix()->getTLVCount(), 1u);
     ASSERT_NE(lxiAt(*pMessage, 0), nullptr);
     EXPECT_EQ(dataOf(*lxiAt(*pMessage, 0)), "hello");
-}
-
-TEST(MessageSuffixTest, UnsupportedLXISubtypeGivesNoTLVAndNoError)
-{
-    i32 code = -1;
-    testing::internal::CaptureStdout();
-    std::unique_ptr<tPTPMessage> pMessage =
-        receiveSyncWith({0x00, 0x03, 0x00, 0x06, 0x00, 0x21, 0xD6, 0x00, 0x00, 0x01}, code);
-    testing::internal::GetCapturedStdout();
-    ASSERT_NE(pMessage, nullptr);
-    EXPECT_EQ(code, 0);
-    EXPECT_EQ(pMessage->getSuffix()->getTLVCount(), 0u);
 }
 
 TEST(MessageSuffixTest, OwnershipAddClearAndCopy)

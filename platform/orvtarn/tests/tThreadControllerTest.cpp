@@ -148,22 +148,9 @@ TEST(ThreadControllerTest, ThreadThatEndedByItselfStillBlocksStartUntilJoined)
     EXPECT_EQ(kStatusSuccess, status.getCode());
 }
 
-TEST(ThreadControllerTest, JoinWithoutThreadReturns)
-{
-    tThreadController never;
-    never.join();
-    EXPECT_FALSE(never.isRunning());
-
-    tStatus status;
-    tProbe probe;
-    tThreadController controller;
-    ASSERT_TRUE(controller.start(&probe, kThreadPriorityDefault, "probe", status));
-    controller.join();
-    controller.join();
-    EXPECT_FALSE(controller.isRunning());
-}
-
-TEST(ThreadControllerTest, FatalStatusStartsNothing)
+// A fatal status starts nothing, and joining without a thread, or twice,
+// returns at once.
+TEST(ThreadControllerTest, FatalStatusStartsNothingAndJoinWithoutThreadReturns)
 {
     tStatus failed;
     ORVTARN_SET_CODE(failed, kStatusCancelled);
@@ -174,6 +161,12 @@ TEST(ThreadControllerTest, FatalStatusStartsNothing)
     EXPECT_EQ(kStatusCancelled, failed.getCode());
     controller.join();
     EXPECT_EQ(0, probe.m_runs.load());
+
+    tStatus status;
+    ASSERT_TRUE(controller.start(&probe, kThreadPriorityDefault, "probe", status));
+    controller.join();
+    controller.join();
+    EXPECT_FALSE(controller.isRunning());
 }
 
 TEST(ThreadControllerTest, FinalStatusOfTheThreadIsKeptWhole)
