@@ -123,11 +123,21 @@ public:
         m_changes.push_back(std::make_pair(a_newState, a_oldState));
         m_changed.notify_all();
     }
+    // Waits for the next entry into a_state after the one the last wait
+    // found, so that a state passed through quickly is not missed.
     bool waitFor(i32 a_state)
     {
         std::unique_lock<std::mutex> lock(m_mutex);
         return m_changed.wait_for(lock, kGenerous, [&] {
-            return !m_changes.empty() && m_changes.back().first == a_state;
+            for (; m_cursor < m_changes.size(); ++m_cursor)
+            {
+                if (m_changes[m_cursor].first == a_state)
+                {
+                    ++m_cursor;
+                    return true;
+                }
+            }
+            return false;
         });
     }
     std::vector<std::pair<i32, i32> > changes()
@@ -141,6 +151,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::vector<std::pair<i32, i32> > m_changes;
+    size_t m_cursor = 0;
 };
 
 // Runs a function on the dispatcher thread, in any state, and waits for it.

@@ -164,6 +164,19 @@ TEST_F(NodeTest, ReceiveFailureMakesThePortFaultyAndRecoveryBringsItBack)
     EXPECT_GT(m_messaging.opens(), opensBefore);
 }
 
+// A master whose link fails sees several failures at once; the ones that find
+// the port FAULTY already must not cancel its recovery.
+TEST_F(NodeTest, FurtherNetworkErrorsKeepTheRecoveryRunning)
+{
+    setAutomaticRecovery(true);
+    startListening();
+    runOnDispatcher([&](tStatus& a_status) {
+        m_node.handleNetworkError(a_status);
+        m_node.handleNetworkError(a_status);
+    });
+    EXPECT_TRUE(m_states.waitFor(kPortStateInitializing));
+}
+
 TEST_F(NodeTest, WithoutRecoveryAFaultyPortWaitsForOutsideHelp)
 {
     startListening();

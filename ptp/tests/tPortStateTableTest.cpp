@@ -91,7 +91,7 @@ protected:
             break;
         case kPortStateListening:
             startListening();
-            break;
+            return;
         case kPortStateMaster:
             startListening();
             post<tInitialAnnounceTimeoutEvent>();
@@ -162,9 +162,18 @@ TEST_P(PortStateTable, EventLeadsToItsState)
     {
         return;
     }
-    // Events run in order of arrival: once the probe ran, the event has.
+    // A change is seen by the observer (a state may be left again at once, as
+    // UNCALIBRATED after a slave's sync fault); staying is seen by a probe
+    // that runs after the event, since events run in order of arrival.
     fire(event);
-    EXPECT_EQ(row.m_after[event], portState());
+    if (row.m_after[event] != row.m_state)
+    {
+        EXPECT_TRUE(m_states.waitFor(row.m_after[event]));
+    }
+    else
+    {
+        EXPECT_EQ(row.m_state, portState());
+    }
 }
 
 std::vector<std::pair<int, int>> allCases()

@@ -448,10 +448,15 @@ void tPTPNode::reinitializePort(tStatus& a_status)
 void tPTPNode::handleNetworkFailure(tStatus& a_status)
 {
     m_networkMaintainer.stop(a_status);
-    stopPortTimers(a_status);
     const u8 state = currentState();
-    if (a_status.isNotFatal() && state != kPortStateFaulty && state != kPortStateDisabled &&
-        m_automaticRecovery)
+    // A FAULTY port runs no timer but its recovery, which a further failure
+    // (a master's Sync and Announce fail together) must not cancel.
+    if (state == kPortStateFaulty)
+    {
+        return;
+    }
+    stopPortTimers(a_status);
+    if (a_status.isNotFatal() && state != kPortStateDisabled && m_automaticRecovery)
     {
         schedulePeriodic(new (a_status) tNetworkRecoveryEventGenerator(this), 0,
                          kRecoveryPeriodMs, a_status);
