@@ -181,7 +181,13 @@ netns_run() {
 netns_link() {
   local index=$1 state=$2
   case "${state}" in
-    up | down) netns_ip "${index}" link set "${NETNS_DEVICE}" "${state}" ;;
+    down) netns_ip "${index}" link set "${NETNS_DEVICE}" down ;;
+    # The kernel drops the device's routes with the link; the multicast
+    # route comes back with it.
+    up)
+      netns_ip "${index}" link set "${NETNS_DEVICE}" up &&
+        netns_ip "${index}" route replace 224.0.0.0/4 dev "${NETNS_DEVICE}"
+      ;;
     *)
       echo "netns_link: down or up" >&2
       return 1

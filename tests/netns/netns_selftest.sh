@@ -122,7 +122,13 @@ for signal in TERM INT HUP; do
   started=$?
   set +m
   check "${signal}: child is running" test "${started}" -eq 0
-  inside=$(ip netns pids "zmptp-${child}-1" 2>/dev/null | tr '\n' ' ')
+  # The ready file comes before the process inside starts: wait for it, bounded.
+  inside=""
+  for _ in $(seq 50); do
+    inside=$(ip netns pids "zmptp-${child}-1" 2>/dev/null | tr '\n' ' ')
+    [ -n "${inside}" ] && break
+    sleep 0.1
+  done
   check "${signal}: a process runs in the namespace" test -n "${inside}"
   kill -"${signal}" "${child}"
   wait "${child}"
