@@ -1,0 +1,79 @@
+#!/usr/bin/env bash
+# Two of our clocks over a veth pair: the better one (priority1 100) becomes
+# MASTER, the other (priority1 200) SLAVE. Both read the system clock; the
+# slave's reads it 37 ms ahead, so its offsetFromMaster must come out at
+# +37 ms, and what is left over is the error of the whole measurement path
+# (software timestamps, the stack, the engine's arithmetic).
+#   clock_pair_test.sh <zmptp_clock>
+set -uo pipefail
+here=$(cd "$(dirname "$0")" && pwd)
+clock=$1
+# shellcheck source-path=SCRIPTDIR source=netns.sh
+source "${here}/netns.sh"
+# shellcheck source-path=SCRIPTDIR source=clock_common.sh
+source "${here}/clock_common.sh"
+netns_require_root
+
+slave_offset_ns=37000000
+# Generous: the path's error is tens of microseconds; a wrong sign, a missing
+# correction or a Follow_Up matched to the wrong Sync is off by milliseconds.
+max_median_error_ns=1000000
+min_samples=20
+seconds=10
+
+work=$(mktemp -d)
+netns_on_exit() {
+  rm -rf "${work}"
+}
+failures=0
+check() {
+  local what=$1
+  shift
+  if "$@"; then
+    echo "ok   ${what}"
+  else
+    echo "FAIL ${what}"
+    failures=$((failures + 1))
+  fi
+}
+
+netns_setup 2 || {
+  echo "FAIL: namespaces could not be built" >&2
+  exit 1
+}
+netns_run 1 $((seconds + 10)) "${clock}" --interface "${NETNS_DEVICE}" --priority1 100 \
+  "${CLOCK_FAST[@]}" --duration "${seconds}" >"${work}/master.log" 2>&1 &
+master=$!
+netns_run 2 $((seconds + 10)) "${clock}" --interface "${NETNS_DEVICE}" --priority1 200 \
+  "${CLOCK_FAST[@]}" --clock-offset-ns "${slave_offset_ns}" --duration "${seconds}" \
+  >"${work}/slave.log" 2>&1 &
+slave=$!
+wait "${master}"
+master_status=$?
+wait "${slave}"
+slave_status=$?
+
+echo "--- master"
+grep -v ' delay ' "${work}/master.log"
+echo "--- slave (per-Sync lines left out)"
+grep -v '^offset ' "${work}/slave.log"
+
+read -r count median p95 < <(clock_offset_errors "${work}/slave.log" "${slave_offset_ns}" | stats)
+delay=$(clock_delays "${work}/slave.log" | mean)
+echo "slave: ${count} samples, |offset - 37 ms| median ${median} ns, p95 ${p95} ns;" \
+  "mean path delay ${delay} ns"
+
+check "both clocks ended cleanly" test "${master_status}" -eq 0 -a "${slave_status}" -eq 0
+check "the better clock became MASTER" grep -q -- '-> MASTER$' "${work}/master.log"
+check "the better clock never followed the other" \
+  test "$(count_lines "${work}/master.log" '-> (UNCALIBRATED|SLAVE)$')" -eq 0
+check "the other clock went through UNCALIBRATED to SLAVE" \
+  grep -q -- 'UNCALIBRATED -> SLAVE$' "${work}/slave.log"
+check "the slave was still SLAVE at the end" grep -q -- 'SLAVE -> STOPPED$' "${work}/slave.log"
+check "the slave measured a path delay and at least ${min_samples} samples after it" \
+  test "${count}" -ge "${min_samples}"
+check "the slave's offset is +37 ms within ${max_median_error_ns} ns (median)" \
+  below "${median}" "${max_median_error_ns}"
+check "the summary line is there" grep -q '^summary samples=' "${work}/slave.log"
+
+[ "${failures}" -eq 0 ]

@@ -1,0 +1,790 @@
+// zmptp_clock: one PTP ordinary clock on one network device, on the real
+// network layer, for tests, benchmarks and demonstrations.
+//
+// The clock reads the system clock (CLOCK_REALTIME) and never steers it:
+// a requested step and every measured sample are only recorded and printed.
+// So two clocks on one machine measure, as offsetFromMaster, the error of the
+// whole measurement path between them.
+//
+// Output, one line each, flushed at once:
+//   state <OLD> -> <NEW>                       every port state change
+//   offset <ns> delay <ns>                     every measured Sync (as slave)
+//   summary samples=<n> median_abs_offset_ns=<ns> p95_abs_offset_ns=<ns>
+//           mean_delay_ns=<ns> all_samples=<n>  at the end
+//   send_window samples=<n> p50_ns=<ns> p99_ns=<ns> max_ns=<ns>
+//                                              at the end, when asked for
+// The summary covers the samples from the first one with a measured path
+// delay on. With --clock-offset-ns the offsets include that offset.
+//
+// The clock announces the arbitrary timescale: its time is the system
+// clock's, which counts UTC (as linuxptp's ptp4l does with software
+// timestamps).
+//
+// Settings are written each time the port enters INITIALIZING (a start, and
+// every re-initialisation after a fault), because the clock then puts its
+// data sets back to their initial values; the port leaves INITIALIZING and
+// UNCALIBRATED only when this program says so (external checks).
+
+#include "orvptp/iPTPTimekeeper.h"
+#include "orvptp/iPTPTimestampGenerator.h"
+#include "orvptp/iPortStateObserver.h"
+#include "orvptp/tNodeEvents.h"
+#include "orvptp/tPTPNode.h"
+#include "orvptp/tPortStateCodes.h"
+#include "orvtarn/protons/status/tAllocation.h"
+#include "tClientUdpNetworkInterface.h"
+#include "tNetworkDevices.h"
+#include "tTimestampGenerator.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <cerrno>
+#include <cinttypes>
+#include <csignal>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <mutex>
+#include <string>
+#include <vector>
+
+using nOrvPTP000::iPTPEvent;
+using nOrvPTP000::tClockIdentity;
+using nOrvPTP000::tProtocolDataUnit;
+using nOrvPTP000::tPTPNode;
+using nOrvPTP000::tTimestamp;
+using nOrvTarn000::tStatus;
+using nZelmarPtpPlugin_1_0::tClientUdpNetworkInterface;
+using nZelmarPtpPlugin_1_0::tNetworkDeviceConfig;
+using nZelmarPtpPlugin_1_0::tTimestampGenerator;
+
+namespace
+{
+
+const int kExitUsage = 2;
+const int kExitFailure = 1;
+
+struct tOptions
+{
+    std::string m_interface;
+    std::string m_mac;
+    std::string m_name;
+    int m_priority1 = 128;
+    int m_priority2 = 128;
+    int m_clockClass = -1; // the clock's own default
+    int m_domain = 0;
+    bool m_slaveOnly = false;
+    int m_logSyncInterval = 0;
+    int m_logAnnounceInterval = 1;
+    int m_logDelayReqInterval = 0;
+    int m_announceReceiptTimeout = 3;
+    int m_ttl = 1;
+    bool m_automaticRecovery = false;
+    bool m_reportSendWindow = false;
+    bool m_quietOffsets = false;
+    double m_durationSeconds = 0.0;
+    long long m_clockOffsetNs = 0;
+};
+
+void printUsage(FILE* a_pFile)
+{
+    std::fprintf(a_pFile,
+                 "usage: zmptp_clock (--interface NAME | --mac XX:XX:XX:XX:XX:XX) [options]\n"
+                 "  --priority1 N                 0..255 (128)\n"
+                 "  --priority2 N                 0..255 (128)\n"
+                 "  --clock-class N               0..255 (the clock's default)\n"
+                 "  --domain N                    0..255 (0)\n"
+                 "  --slave-only                  never become master\n"
+                 "  --log-sync-interval N         -7..7 (0)\n"
+                 "  --log-announce-interval N     -3..7 (1)\n"
+                 "  --log-delay-req-interval N    -7..7 (0)\n"
+                 "  --announce-receipt-timeout N  2..255 (3)\n"
+                 "  --ttl N                       multicast TTL, 1..255 (1)\n"
+                 "  --automatic-recovery          reopen the network after a failure\n"
+                 "  --duration SECONDS            run time; 0 runs until SIGINT or SIGTERM (0)\n"
+                 "  --name TEXT                   prefix every output line with \"TEXT: \"\n"
+                 "  --report-send-window          print the send window percentiles at the end\n"
+                 "  --quiet-offsets               no line per Sync, only the summary\n"
+                 "  --clock-offset-ns N           read the system clock plus N ns, as a clock\n"
+                 "                                that is off by N would (0)\n");
+}
+
+bool parseInteger(const char* a_pText, int a_min, int a_max, int& a_rValue)
+{
+    char* pEnd = nullptr;
+    errno = 0;
+    const long value = std::strtol(a_pText, &pEnd, 10);
+    if (errno != 0 || pEnd == a_pText || *pEnd != '\0' || value < a_min || value > a_max)
+    {
+        return false;
+    }
+    a_rValue = static_cast<int>(value);
+    return true;
+}
+
+bool parseMac(const char* a_pText, u8* a_pBytes)
+{
+    unsigned int parts[6];
+    char tail = 0;
+    if (std::sscanf(a_pText, "%2x:%2x:%2x:%2x:%2x:%2x%c", &parts[0], &parts[1], &parts[2],
+                    &parts[3], &parts[4], &parts[5], &tail) != 6)
+    {
+        return false;
+    }
+    for (int i = 0; i < 6; ++i)
+    {
+        a_pBytes[i] = static_cast<u8>(parts[i]);
+    }
+    return true;
+}
+
+// Returns false, with a message on stderr, for anything it does not take.
+bool parseOptions(int a_argc, char** a_argv, tOptions& a_rOptions)
+{
+    struct tIntegerOption
+    {
+        const char* m_pName;
+        int* m_pValue;
+        int m_min;
+        int m_max;
+    };
+    const tIntegerOption integerOptions[] = {
+        {"--priority1", &a_rOptions.m_priority1, 0, 255},
+        {"--priority2", &a_rOptions.m_priority2, 0, 255},
+        {"--clock-class", &a_rOptions.m_clockClass, 0, 255},
+        {"--domain", &a_rOptions.m_domain, 0, 255},
+        {"--log-sync-interval", &a_rOptions.m_logSyncInterval, -7, 7},
+        {"--log-announce-interval", &a_rOptions.m_logAnnounceInterval, -3, 7},
+        {"--log-delay-req-interval", &a_rOptions.m_logDelayReqInterval, -7, 7},
+        {"--announce-receipt-timeout", &a_rOptions.m_announceReceiptTimeout, 2, 255},
+        {"--ttl", &a_rOptions.m_ttl, 1, 255},
+    };
+    for (int i = 1; i < a_argc; ++i)
+    {
+        const std::string option = a_argv[i];
+        const char* pValue = i + 1 < a_argc ? a_argv[i + 1] : nullptr;
+        bool known = false;
+        for (const tIntegerOption& integer : integerOptions)
+        {
+            if (option == integer.m_pName)
+            {
+                known = true;
+                if (pValue == nullptr ||
+                    !parseInteger(pValue, integer.m_min, integer.m_max, *integer.m_pValue))
+                {
+                    std::fprintf(stderr, "zmptp_clock: %s takes a number from %d to %d\n",
+                                 integer.m_pName, integer.m_min, integer.m_max);
+                    return false;
+                }
+                ++i;
+            }
+        }
+        if (known)
+        {
+            continue;
+        }
+        if (option == "--slave-only")
+        {
+            a_rOptions.m_slaveOnly = true;
+        }
+        else if (option == "--automatic-recovery")
+        {
+            a_rOptions.m_automaticRecovery = true;
+        }
+        else if (option == "--report-send-window")
+        {
+            a_rOptions.m_reportSendWindow = true;
+        }
+        else if (option == "--quiet-offsets")
+        {
+            a_rOptions.m_quietOffsets = true;
+        }
+        else if ((option == "--interface" || option == "--mac" || option == "--name" ||
+                  option == "--duration" || option == "--clock-offset-ns") &&
+                 pValue != nullptr)
+        {
+            ++i;
+            if (option == "--interface")
+            {
+                a_rOptions.m_interface = pValue;
+            }
+            else if (option == "--mac")
+            {
+                a_rOptions.m_mac = pValue;
+            }
+            else if (option == "--name")
+            {
+                a_rOptions.m_name = pValue;
+            }
+            else if (option == "--clock-offset-ns")
+            {
+                char* pEnd = nullptr;
+                errno = 0;
+                a_rOptions.m_clockOffsetNs = std::strtoll(pValue, &pEnd, 10);
+                // Within a day either way: the clock must stay after the epoch.
+                if (errno != 0 || pEnd == pValue || *pEnd != '\0' ||
+                    std::llabs(a_rOptions.m_clockOffsetNs) > 86400000000000LL)
+                {
+                    std::fprintf(stderr, "zmptp_clock: --clock-offset-ns takes nanoseconds, "
+                                         "at most a day either way\n");
+                    return false;
+                }
+            }
+            else
+            {
+                char* pEnd = nullptr;
+                a_rOptions.m_durationSeconds = std::strtod(pValue, &pEnd);
+                if (pEnd == pValue || *pEnd != '\0' || !(a_rOptions.m_durationSeconds >= 0.0) ||
+                    a_rOptions.m_durationSeconds > 1e7)
+                {
+                    std::fprintf(stderr, "zmptp_clock: --duration takes seconds, 0 or more\n");
+                    return false;
+                }
+            }
+        }
+        else if (option == "--help" || option == "-h")
+        {
+            printUsage(stdout);
+            std::exit(0);
+        }
+        else
+        {
+            std::fprintf(stderr, "zmptp_clock: unknown or incomplete option %s\n", option.c_str());
+            return false;
+        }
+    }
+    if (a_rOptions.m_interface.empty() == a_rOptions.m_mac.empty())
+    {
+        std::fprintf(stderr, "zmptp_clock: give exactly one of --interface and --mac\n");
+        return false;
+    }
+    return true;
+}
+
+const char* stateName(i32 a_state)
+{
+    switch (a_state)
+    {
+    case nOrvPTP000::kPortStateStopped:
+        return "STOPPED";
+    case nOrvPTP000::kPortStateInitializing:
+        return "INITIALIZING";
+    case nOrvPTP000::kPortStateFaulty:
+        return "FAULTY";
+    case nOrvPTP000::kPortStateDisabled:
+        return "DISABLED";
+    case nOrvPTP000::kPortStateListening:
+        return "LISTENING";
+    case nOrvPTP000::kPortStateMaster:
+        return "MASTER";
+    case nOrvPTP000::kPortStatePassive:
+        return "PASSIVE";
+    case nOrvPTP000::kPortStateUncalibrated:
+        return "UNCALIBRATED";
+    case nOrvPTP000::kPortStateSlave:
+        return "SLAVE";
+    default:
+        return "UNKNOWN";
+    }
+}
+
+// Every output line goes through here: whole lines, with the name in front,
+// flushed at once, from whichever thread.
+class tOutput
+{
+public:
+    explicit tOutput(const std::string& a_name) : m_prefix(a_name.empty() ? "" : a_name + ": ") {}
+
+    void line(const char* a_pFormat, ...) __attribute__((format(printf, 2, 3)))
+    {
+        char text[512];
+        va_list arguments;
+        va_start(arguments, a_pFormat);
+        std::vsnprintf(text, sizeof(text), a_pFormat, arguments);
+        va_end(arguments);
+        std::lock_guard<std::mutex> lock(m_mutex);
+        std::fprintf(stdout, "%s%s\n", m_prefix.c_str(), text);
+        std::fflush(stdout);
+    }
+
+private:
+    std::string m_prefix;
+    std::mutex m_mutex;
+};
+
+i64 toNanoseconds(const tTimestamp& a_time)
+{
+    return static_cast<i64>(a_time.getSeconds()) * 1000000000LL +
+           static_cast<i64>(a_time.getNanoseconds());
+}
+
+// The value at fraction a_fraction of the sorted values (nearest rank).
+i64 percentile(std::vector<i64> a_values, double a_fraction)
+{
+    if (a_values.empty())
+    {
+        return 0;
+    }
+    std::sort(a_values.begin(), a_values.end());
+    size_t rank = static_cast<size_t>(a_fraction * static_cast<double>(a_values.size()) + 0.999999);
+    rank = std::min(std::max<size_t>(rank, 1), a_values.size());
+    return a_values[rank - 1];
+}
+
+// The system clock, read and never steered. Each thread keeps its last two
+// readings, so that the send window probe can tell how far apart the two
+// readings around a send were.
+class tSystemClockTimekeeper : public nOrvPTP000::iPTPTimekeeper
+{
+public:
+    tSystemClockTimekeeper(tOutput& a_rOutput, i64 a_offsetNs)
+        : m_rOutput(a_rOutput), m_offsetNs(a_offsetNs), m_pNode(nullptr)
+    {
+    }
+
+    // For the measured values that go with each sample; set before the start.
+    void setNode(tPTPNode* a_pNode) { m_pNode = a_pNode; }
+    void setQuiet(bool a_quiet) { m_quiet = a_quiet; }
+
+    void getTime(tTimestamp& a_rTime, tStatus& a_status) override
+    {
+        if (a_status.isFatal())
+        {
+            return;
+        }
+        timespec now;
+        if (::clock_gettime(CLOCK_REALTIME, &now) != 0)
+        {
+            ORVTARN_SET_CODE(a_status, nOrvTarn000::kStatusSystemError);
+            return;
+        }
+        const i64 reading = static_cast<i64>(now.tv_sec) * 1000000000LL + now.tv_nsec + m_offsetNs;
+        a_rTime = tTimestamp(static_cast<u64>(reading / 1000000000LL),
+                             static_cast<u32>(reading % 1000000000LL));
+        s_previousReading = s_lastReading;
+        s_lastReading = reading;
+    }
+
+    void stepTime(const tTimestamp& a_rTime, tStatus& a_status) override
+    {
+        if (a_status.isNotFatal())
+        {
+            m_rOutput.line("step requested to %" PRIu64 ".%09u (not applied)", a_rTime.getSeconds(),
+                           a_rTime.getNanoseconds());
+        }
+    }
+
+    // Dispatcher thread: the node has just stored the offset and the delay
+    // that belong to this pair.
+    void addSample(const tTimestamp& a_rMasterTime, const tTimestamp& a_rLocalTime,
+                   tStatus& a_status) override
+    {
+        if (a_status.isFatal())
+        {
+            return;
+        }
+        i64 offset = toNanoseconds(a_rLocalTime) - toNanoseconds(a_rMasterTime);
+        i64 delay = 0;
+        if (m_pNode != nullptr)
+        {
+            offset = m_pNode->getOffsetFromMaster().getNanoseconds();
+            delay = m_pNode->getMeanPathDelay().getNanoseconds();
+        }
+        {
+            std::lock_guard<std::mutex> lock(m_mutex);
+            ++m_allSamples;
+            m_delayMeasured = m_delayMeasured || delay != 0;
+            if (m_delayMeasured)
+            {
+                m_offsets.push_back(offset < 0 ? -offset : offset);
+                m_delays.push_back(delay);
+            }
+        }
+        if (!m_quiet)
+        {
+            m_rOutput.line("offset %" PRId64 " delay %" PRId64, offset, delay);
+        }
+    }
+
+    bool isPortStateHeld() override { return false; }
+
+    // The two readings of the calling thread, the later one first.
+    static void lastReadings(i64& a_rLast, i64& a_rPrevious)
+    {
+        a_rLast = s_lastReading;
+        a_rPrevious = s_previousReading;
+    }
+
+    void printSummary()
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        i64 delaySum = 0;
+        for (i64 delay : m_delays)
+        {
+            delaySum += delay;
+        }
+        const i64 meanDelay = m_delays.empty() ? 0 : delaySum / static_cast<i64>(m_delays.size());
+        m_rOutput.line("summary samples=%zu median_abs_offset_ns=%" PRId64
+                       " p95_abs_offset_ns=%" PRId64 " mean_delay_ns=%" PRId64 " all_samples=%zu",
+                       m_offsets.size(), percentile(m_offsets, 0.5), percentile(m_offsets, 0.95),
+                       meanDelay, m_allSamples);
+    }
+
+private:
+    static thread_local i64 s_lastReading;
+    static thread_local i64 s_previousReading;
+
+    tOutput& m_rOutput;
+    const i64 m_offsetNs;
+    tPTPNode* m_pNode;
+    bool m_quiet = false;
+    // Set by the first sample with a measured path delay; the summary starts
+    // there.
+    bool m_delayMeasured = false;
+    std::mutex m_mutex;
+    size_t m_allSamples = 0;
+    std::vector<i64> m_offsets;
+    std::vector<i64> m_delays;
+};
+
+thread_local i64 tSystemClockTimekeeper::s_lastReading = 0;
+thread_local i64 tSystemClockTimekeeper::s_previousReading = 0;
+
+// Stands in front of the timestamp generator and measures the send window:
+// the time between the two clock readings that the network layer takes
+// around the socket call of an event message. The transmit time it records
+// is the later reading plus half the window, and it records it right after
+// the second reading, on the same thread; a window is counted only when the
+// recorded time agrees with the thread's last two readings.
+class tSendWindowProbe : public nOrvPTP000::iPTPTimestampGenerator
+{
+public:
+    explicit tSendWindowProbe(tTimestampGenerator& a_rGenerator) : m_rGenerator(a_rGenerator) {}
+
+    bool getReceiveTimestamp(tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime,
+                             tStatus& a_status) override
+    {
+        return m_rGenerator.getReceiveTimestamp(a_rPdu, a_rTime, a_status);
+    }
+    bool getTransmitTimestamp(tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime,
+                              tStatus& a_status) override
+    {
+        return m_rGenerator.getTransmitTimestamp(a_rPdu, a_rTime, a_status);
+    }
+    void recordReceiveTimestamp(tProtocolDataUnit& a_rPdu, const tTimestamp& a_rTime,
+                                tStatus& a_status) override
+    {
+        m_rGenerator.recordReceiveTimestamp(a_rPdu, a_rTime, a_status);
+    }
+    void recordTransmitTimestamp(tProtocolDataUnit& a_rPdu, const tTimestamp& a_rTime,
+                                 tStatus& a_status) override
+    {
+        i64 after = 0;
+        i64 before = 0;
+        tSystemClockTimekeeper::lastReadings(after, before);
+        const i64 window = after - before;
+        if (window >= 0 && after + window / 2 == toNanoseconds(a_rTime))
+        {
+            std::lock_guard<std::mutex> lock(m_mutex);
+            m_windows.push_back(window);
+        }
+        m_rGenerator.recordTransmitTimestamp(a_rPdu, a_rTime, a_status);
+    }
+
+    void printReport(tOutput& a_rOutput)
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        a_rOutput.line("send_window samples=%zu p50_ns=%" PRId64 " p99_ns=%" PRId64
+                       " max_ns=%" PRId64,
+                       m_windows.size(), percentile(m_windows, 0.5), percentile(m_windows, 0.99),
+                       percentile(m_windows, 1.0));
+    }
+
+private:
+    tTimestampGenerator& m_rGenerator;
+    std::mutex m_mutex;
+    std::vector<i64> m_windows;
+};
+
+class tClockDriver;
+
+// Runs one member of the driver on the dispatcher thread.
+class tDriverEvent : public iPTPEvent
+{
+public:
+    typedef void (tClockDriver::*tWork)(tStatus&);
+    tDriverEvent(tClockDriver* a_pDriver, tWork a_work) : m_pDriver(a_pDriver), m_work(a_work) {}
+    void execute(tStatus& a_status) override { (m_pDriver->*m_work)(a_status); }
+
+private:
+    tClockDriver* m_pDriver;
+    tWork m_work;
+};
+
+// Watches the port and does, on the dispatcher thread, what the clock's user
+// must do at INITIALIZING and UNCALIBRATED.
+//
+// The observer itself only prints and posts: it is called in the middle of a
+// handler. The posted work looks at the port state again when it runs, and
+// then calls the check's handler itself, in the same event. A check posted as
+// an event of its own could arrive after the port has moved on (a network
+// error queued in between makes it FAULTY), and an initialized check in
+// FAULTY would stop the recovery timer with the other port timers.
+class tClockDriver : public nOrvPTP000::iPortStateObserver
+{
+public:
+    tClockDriver(const tOptions& a_options, tOutput& a_rOutput)
+        : m_options(a_options), m_rOutput(a_rOutput), m_pNode(nullptr)
+    {
+    }
+
+    void setNode(tPTPNode* a_pNode) { m_pNode = a_pNode; }
+
+    void portStateChanged(i32 a_newState, i32 a_oldState) override
+    {
+        m_rOutput.line("state %s -> %s", stateName(a_oldState), stateName(a_newState));
+        if (a_newState == nOrvPTP000::kPortStateInitializing)
+        {
+            post(&tClockDriver::completeInitialization);
+        }
+        else if (a_newState == nOrvPTP000::kPortStateUncalibrated)
+        {
+            post(&tClockDriver::selectMasterClock);
+        }
+    }
+
+private:
+    void post(tDriverEvent::tWork a_work)
+    {
+        tStatus status;
+        if (!m_pNode->postEvent(new (status) tDriverEvent(this, a_work), status))
+        {
+            m_rOutput.line("error: could not post to the clock (%d)", status.getCode());
+        }
+    }
+
+    u8 portState()
+    {
+        tStatus status;
+        return m_pNode->getPortState(1, status);
+    }
+
+    // The settings, then the end of INITIALIZING.
+    void completeInitialization(tStatus& a_status)
+    {
+        if (portState() != nOrvPTP000::kPortStateInitializing)
+        {
+            return;
+        }
+        tPTPNode& node = *m_pNode;
+        if (m_options.m_clockClass >= 0)
+        {
+            node.setClockClass(static_cast<u8>(m_options.m_clockClass), a_status, 0);
+        }
+        node.setPriority1(static_cast<u8>(m_options.m_priority1), a_status, 0);
+        node.setPriority2(static_cast<u8>(m_options.m_priority2), a_status, 0);
+        node.setSlaveOnly(m_options.m_slaveOnly, a_status, 0);
+        node.setLogSyncInterval(1, static_cast<i8>(m_options.m_logSyncInterval), a_status, 0);
+        node.setLogMinDelayReqInterval(1, static_cast<i8>(m_options.m_logDelayReqInterval),
+                                       a_status, 0);
+        node.setAnnounceReceiptTimeout(1, static_cast<u8>(m_options.m_announceReceiptTimeout),
+                                       a_status, 0);
+        node.setLogAnnounceInterval(1, static_cast<i8>(m_options.m_logAnnounceInterval), a_status,
+                                    0);
+        node.setDomainNumber(static_cast<u8>(m_options.m_domain), a_status, 0);
+        // The system clock counts UTC, not TAI: as master, this clock's time
+        // is on an arbitrary timescale, and a peer must take it as it is.
+        node.setPtpTimescale(false, a_status, 0);
+        if (a_status.isFatal())
+        {
+            // The port stays in INITIALIZING: better than running with other
+            // settings than asked for.
+            m_rOutput.line("error: settings refused (%d)", a_status.getCode());
+            return;
+        }
+        node.handleInitializedCheck(a_status);
+    }
+
+    void selectMasterClock(tStatus& a_status)
+    {
+        if (portState() == nOrvPTP000::kPortStateUncalibrated)
+        {
+            m_pNode->handleMasterClockSelectedCheck(a_status);
+        }
+    }
+
+    const tOptions& m_options;
+    tOutput& m_rOutput;
+    tPTPNode* m_pNode;
+};
+
+// The clock identity of a MAC address: the EUI-48 with FF FE in the middle.
+tClockIdentity clockIdentityOf(const u8* a_pMac)
+{
+    const u8 bytes[8] = {a_pMac[0], a_pMac[1], a_pMac[2], 0xFF,
+                         0xFE,      a_pMac[3], a_pMac[4], a_pMac[5]};
+    return tClockIdentity(bytes);
+}
+
+// Sets a flag of the node that is no data-set field (it survives the start),
+// through the node's own property event.
+bool setNodeFlag(tPTPNode& a_rNode, i32 a_id, void* a_pValue)
+{
+    tStatus status;
+    nOrvTarn000::tEvent done(status);
+    void* values[1] = {a_pValue};
+    a_rNode.postEventAndWait(
+        new (status) nOrvPTP000::tSetDatasetEvent(&a_rNode, a_id, values, 1, 1, &done, &status),
+        &done, status);
+    return status.isNotFatal();
+}
+
+// Waits for SIGINT or SIGTERM, or for the duration to run out (0: no limit).
+// The signals are blocked in every thread, so that they wait here.
+void waitForEnd(const sigset_t& a_signals, double a_durationSeconds, tOutput& a_rOutput)
+{
+    timespec start;
+    ::clock_gettime(CLOCK_MONOTONIC, &start);
+    for (;;)
+    {
+        timespec wait = {1, 0};
+        if (a_durationSeconds > 0.0)
+        {
+            timespec now;
+            ::clock_gettime(CLOCK_MONOTONIC, &now);
+            const double elapsed = static_cast<double>(now.tv_sec - start.tv_sec) +
+                                   static_cast<double>(now.tv_nsec - start.tv_nsec) * 1e-9;
+            const double left = a_durationSeconds - elapsed;
+            if (left <= 0.0)
+            {
+                return;
+            }
+            if (left < 1.0)
+            {
+                wait.tv_sec = 0;
+                wait.tv_nsec = static_cast<long>(left * 1e9);
+            }
+        }
+        const int signal = ::sigtimedwait(&a_signals, nullptr, &wait);
+        if (signal > 0)
+        {
+            a_rOutput.line("signal %d: stopping", signal);
+            return;
+        }
+    }
+}
+
+} // namespace
+
+int main(int a_argc, char** a_argv)
+{
+    tOptions options;
+    if (!parseOptions(a_argc, a_argv, options))
+    {
+        printUsage(stderr);
+        return kExitUsage;
+    }
+    tOutput output(options.m_name);
+
+    // Before any thread exists, so that every thread inherits the mask.
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGHUP);
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+
+    tStatus status;
+    tNetworkDeviceConfig device;
+    u8 mac[6] = {};
+    bool found = false;
+    if (!options.m_mac.empty())
+    {
+        if (!parseMac(options.m_mac.c_str(), mac))
+        {
+            std::fprintf(stderr, "zmptp_clock: %s is no MAC address\n", options.m_mac.c_str());
+            return kExitUsage;
+        }
+        found = nZelmarPtpPlugin_1_0::nNetworkDevices::findDeviceByMacAddress(mac, device, status);
+    }
+    else
+    {
+        found = nZelmarPtpPlugin_1_0::nNetworkDevices::findDeviceByName(options.m_interface.c_str(),
+                                                                        device, status);
+        if (found)
+        {
+            std::memcpy(mac, device.m_macAddress, sizeof(mac));
+        }
+    }
+    if (!found || status.isFatal())
+    {
+        std::fprintf(stderr, "zmptp_clock: no network device %s (%d)\n",
+                     options.m_mac.empty() ? options.m_interface.c_str() : options.m_mac.c_str(),
+                     status.getCode());
+        return kExitFailure;
+    }
+    const tClockIdentity identity = clockIdentityOf(mac);
+    char address[INET_ADDRSTRLEN] = "none";
+    in_addr deviceAddress;
+    deviceAddress.s_addr = device.m_ipAddress;
+    ::inet_ntop(AF_INET, &deviceAddress, address, sizeof(address));
+    const u8* id = identity.getBytes();
+    output.line("clock %02x%02x%02x.%02x%02x.%02x%02x%02x on %s (%s)", id[0], id[1], id[2], id[3],
+                id[4], id[5], id[6], id[7], device.m_name, address);
+
+    tSystemClockTimekeeper timekeeper(output, options.m_clockOffsetNs);
+    timekeeper.setQuiet(options.m_quietOffsets);
+    tTimestampGenerator timestampGenerator(status);
+    tSendWindowProbe probe(timestampGenerator);
+    tClientUdpNetworkInterface messaging(&probe, &timekeeper, mac, static_cast<u8>(options.m_ttl));
+    tClockDriver driver(options, output);
+    tPTPNode* pNode = new (status) tPTPNode(&messaging, &probe, &timekeeper, identity, status);
+    if (pNode == nullptr || status.isFatal())
+    {
+        std::fprintf(stderr, "zmptp_clock: the clock could not be built (%d)\n", status.getCode());
+        delete pNode;
+        return kExitFailure;
+    }
+    timekeeper.setNode(pNode);
+    driver.setNode(pNode);
+
+    bool externalChecks = true;
+    bool automaticRecovery = options.m_automaticRecovery;
+    nOrvPTP000::iPortStateObserver* pObserver = &driver;
+    int result = 0;
+    if (!setNodeFlag(*pNode, nOrvPTP000::EXTERNAL_CHECKS, &externalChecks) ||
+        !setNodeFlag(*pNode, nOrvPTP000::AUTOMATIC_RECOVERY, &automaticRecovery) ||
+        !setNodeFlag(*pNode, nOrvPTP000::ADD_PORT_STATE_OBSERVER, &pObserver))
+    {
+        std::fprintf(stderr, "zmptp_clock: the clock refused its flags\n");
+        result = kExitFailure;
+    }
+    else
+    {
+        pNode->startClock(status);
+        if (status.isFatal())
+        {
+            std::fprintf(stderr, "zmptp_clock: the clock did not start (%d)\n", status.getCode());
+            result = kExitFailure;
+        }
+        else
+        {
+            waitForEnd(signals, options.m_durationSeconds, output);
+        }
+    }
+
+    tStatus stopStatus;
+    pNode->stopClock(stopStatus);
+    delete pNode;
+    timekeeper.setNode(nullptr);
+    driver.setNode(nullptr);
+
+    timekeeper.printSummary();
+    if (options.m_reportSendWindow)
+    {
+        probe.printReport(output);
+    }
+    return result;
+}
