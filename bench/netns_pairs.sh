@@ -105,7 +105,7 @@ pair() {
     run_ours 2 "${seconds}" "${tag}_slave" --priority1 200 &
   else
     run_ptp4l 2 "${seconds}" "${tag}_slave" "slaveOnly 1" "clock_servo linreg" \
-      "first_step_threshold 0.0" "step_threshold 0.0" &
+      "first_step_threshold 0.0" "step_threshold 0.0" "sanity_freq_limit 0" &
   fi
   wait
   netns_cleanup
