@@ -11,7 +11,7 @@ namespace nClock
 namespace
 {
 
-bool readNanoseconds(u64& a_rNanoseconds)
+bool readSinceBoot(u64& a_rNanoseconds)
 {
     timespec now;
     if (clock_gettime(CLOCK_MONOTONIC, &now) != 0)
@@ -19,6 +19,25 @@ bool readNanoseconds(u64& a_rNanoseconds)
         return false;
     }
     a_rNanoseconds = static_cast<u64>(now.tv_sec) * 1000000000u + static_cast<u64>(now.tv_nsec);
+    return true;
+}
+
+// Readings count from the first one in the process, so that they do not
+// depend on how long the machine has been up.
+bool readNanoseconds(u64& a_rNanoseconds)
+{
+    static const u64 s_origin = []
+    {
+        u64 origin = 0;
+        readSinceBoot(origin);
+        return origin;
+    }();
+    u64 sinceBoot = 0;
+    if (!readSinceBoot(sinceBoot))
+    {
+        return false;
+    }
+    a_rNanoseconds = sinceBoot - s_origin;
     return true;
 }
 

@@ -6,9 +6,10 @@
 namespace nOrvTarn000
 {
 
-// Readings of the system's monotonic clock. It starts near boot, never goes
-// back and is not moved by changes of the wall clock. Its 64-bit count of
-// nanoseconds lasts for centuries, so no reading here ever wraps.
+// Readings of the system's monotonic clock, counted from the first reading in
+// the process. It never goes back and is not moved by changes of the wall
+// clock. Its 64-bit count of nanoseconds lasts for centuries, so no reading
+// here ever wraps.
 namespace nClock
 {
 

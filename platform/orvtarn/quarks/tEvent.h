@@ -36,6 +36,8 @@ public:
     void signal();
     void reset(tStatus& a_status);
 
+    bool isAutoReset() const { return m_autoReset; }
+
 private:
     pthread_mutex_t m_mutex;
     pthread_cond_t m_condition;

@@ -3,7 +3,10 @@
 namespace nOrvTarn000
 {
 
-tTimeout::tTimeout() : tTimer(kClockTick), m_value(0), m_unit(kNanoseconds), m_armed(false) {}
+tTimeout::tTimeout(iClock& a_rClock)
+    : tTimer(kClockTick, a_rClock), m_value(0), m_unit(kNanoseconds), m_armed(false)
+{
+}
 
 void tTimeout::setTimeout(u64 a_value, i32 a_unit, tStatus& a_status)
 {

@@ -10,7 +10,7 @@ namespace nOrvTarn000
 class tTimeout : public tTimer
 {
 public:
-    tTimeout();
+    explicit tTimeout(iClock& a_rClock = getSystemClock());
 
     // Arms a_value in a_unit, plus one tick, so that the delay cannot end
     // early however the start falls between two ticks. Refused with

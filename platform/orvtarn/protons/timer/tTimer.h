@@ -1,17 +1,19 @@
 #pragma once
+#include "orvtarn/protons/timer/iClock.h"
 #include "orvtarn/protons/timer/tTime.h"
 
 namespace nOrvTarn000
 {
 
 // A stopwatch on one clock (kClockTick or kClockPerformanceCounter), chosen
-// when it is built. Time accumulates over each start-stop span; start and
-// stop alternate, and either in the wrong state gives kStatusWrongRunState.
-// Holds no lock: its owner guards it.
+// when it is built and read from a time base (the system clock in the
+// product). Time accumulates over each start-stop span; start and stop
+// alternate, and either in the wrong state gives kStatusWrongRunState. Holds
+// no lock: its owner guards it.
 class tTimer
 {
 public:
-    explicit tTimer(u32 a_source);
+    explicit tTimer(u32 a_source, iClock& a_rClock = getSystemClock());
 
     // The clock's reading in a_unit. On the high-resolution counter the
     // reading in picoseconds wraps every 2^64 ps.
@@ -32,6 +34,7 @@ private:
     u64 m_accumulated;
     bool m_running;
     u32 m_source;
+    iClock& m_rClock;
 };
 
 } // namespace nOrvTarn000
