@@ -25,7 +25,7 @@ namespace
 thread_local tRunningMark t_mark;
 } // namespace
 
-tManualClock::tManualClock(u64 a_startNs) : m_now(a_startNs), m_running(0), m_signalled(0) {}
+tManualClock::tManualClock(u64 a_startNs) : m_now(a_startNs), m_running(0) {}
 
 tManualClock::~tManualClock()
 {
@@ -72,7 +72,8 @@ bool tManualClock::waitLocked(std::unique_lock<std::mutex>& a_rLock, tEvent& a_r
         return false;
     }
     tEventState& state = stateOf(a_rEvent);
-    tWaiter waiter{&a_rEvent, a_deadline};
+    state.m_waitedOn = true;
+    tWaiter waiter{&state, a_deadline};
     bool registered = false;
     for (;;)
     {
@@ -82,7 +83,6 @@ bool tManualClock::waitLocked(std::unique_lock<std::mutex>& a_rLock, tEvent& a_r
             if (signalled && state.m_autoReset)
             {
                 state.m_signalled = false;
-                --m_signalled;
             }
             if (registered)
             {
@@ -110,12 +110,7 @@ bool tManualClock::waitLocked(std::unique_lock<std::mutex>& a_rLock, tEvent& a_r
 void tManualClock::signal(tEvent& a_rEvent)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
-    tEventState& state = stateOf(a_rEvent);
-    if (!state.m_signalled)
-    {
-        state.m_signalled = true;
-        ++m_signalled;
-    }
+    stateOf(a_rEvent).m_signalled = true;
     m_changed.notify_all();
 }
 
@@ -126,28 +121,15 @@ void tManualClock::reset(tEvent& a_rEvent, tStatus& a_status)
         return;
     }
     std::lock_guard<std::mutex> lock(m_mutex);
-    tEventState& state = stateOf(a_rEvent);
-    if (state.m_signalled)
-    {
-        state.m_signalled = false;
-        --m_signalled;
-        m_changed.notify_all();
-    }
+    stateOf(a_rEvent).m_signalled = false;
+    m_changed.notify_all();
 }
 
 void tManualClock::forget(tEvent& a_rEvent)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
-    const auto it = m_events.find(&a_rEvent);
-    if (it != m_events.end())
-    {
-        if (it->second.m_signalled)
-        {
-            --m_signalled;
-        }
-        m_events.erase(it);
-        m_changed.notify_all();
-    }
+    m_events.erase(&a_rEvent);
+    m_changed.notify_all();
 }
 
 tManualClock::tEventState& tManualClock::stateOf(tEvent& a_rEvent)
@@ -174,13 +156,21 @@ void tManualClock::advanceTo(u64 a_ns)
 
 bool tManualClock::isQuiet() const
 {
-    if (m_running != 0 || m_signalled != 0)
+    if (m_running != 0)
     {
         return false;
     }
     for (const tWaiter* pWaiter : m_waiters)
     {
-        if (pWaiter->m_deadline <= m_now)
+        if (pWaiter->m_pState->m_signalled || pWaiter->m_deadline <= m_now)
+        {
+            return false;
+        }
+    }
+    // A signal for a thread that has not come to its first wait yet.
+    for (const auto& entry : m_events)
+    {
+        if (entry.second.m_signalled && !entry.second.m_waitedOn)
         {
             return false;
         }

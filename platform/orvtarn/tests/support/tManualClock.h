@@ -7,9 +7,11 @@
 // anything runs, so a scenario of minutes runs in the time its work takes,
 // and comes out the same on every run.
 //
-// The clock sees a thread from its first wait on. Work for a thread that has
-// not waited yet is seen only if it comes with a signal of its event, which
-// counts as pending until the thread takes it.
+// A thread has work while it runs after the clock let it go (by a signal or a
+// deadline), and while it waits on an event that is signalled or whose
+// deadline has come. The clock sees a thread from its first wait on: work for
+// a thread that has not waited yet is seen only if it comes with a signal of
+// an event that nobody has waited on yet.
 #include "orvtarn/protons/timer/iClock.h"
 #include "orvtarn/quarks/tEvent.h"
 
@@ -67,10 +69,11 @@ private:
     {
         bool m_signalled = false;
         bool m_autoReset = true;
+        bool m_waitedOn = false;
     };
     struct tWaiter
     {
-        tEvent* m_pEvent;
+        const tEventState* m_pState;
         u64 m_deadline;
     };
 
@@ -87,7 +90,6 @@ private:
     std::condition_variable m_changed;
     u64 m_now;
     u32 m_running;
-    u32 m_signalled;
     std::map<const tEvent*, tEventState> m_events;
     std::vector<tWaiter*> m_waiters;
 };
