@@ -1,6 +1,7 @@
 // Dispatcher throughput (events per second, post to execute) and the latency
 // from post to the start of execute, as p50 and p99.
 #include "orvptp/tPTPDispatcher.h"
+#include "orvtarn/protons/status/tAllocation.h"
 #include "orvtarn/protons/timer/tTime.h"
 
 #include <benchmark/benchmark.h>
@@ -9,6 +10,7 @@
 #include <vector>
 
 using namespace nOrvPTP000;
+using nOrvTarn000::makeOwned;
 using nOrvTarn000::tEvent;
 
 namespace
@@ -70,7 +72,8 @@ void BM_DispatcherBurst(benchmark::State& a_rState)
     tPTPDispatcher dispatcher(status);
     tEvent done(status);
     tLatencies latencies;
-    dispatcher.postEventAndWait(new (status) tTimedEvent(latencies, &done, true), &done, status);
+    dispatcher.postEventAndWait(makeOwned<tTimedEvent>(status, latencies, &done, true), &done,
+                                status);
     latencies.m_ns.clear();
     latencies.m_ns.reserve(static_cast<size_t>(burst) * 4096);
 
@@ -78,8 +81,9 @@ void BM_DispatcherBurst(benchmark::State& a_rState)
     {
         for (int i = 0; i < burst; ++i)
         {
-            dispatcher.post(new (status) tTimedEvent(latencies, i + 1 == burst ? &done : nullptr),
-                            status);
+            std::unique_ptr<iPTPEvent> pEvent =
+                makeOwned<tTimedEvent>(status, latencies, i + 1 == burst ? &done : nullptr);
+            dispatcher.post(pEvent, status);
         }
         done.wait(tEvent::kInfinite, status);
     }

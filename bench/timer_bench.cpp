@@ -13,6 +13,7 @@
 //
 // Usage: timer_bench [lateness seconds, default 5] [idle seconds, default 21]
 #include "orvptp/tTimedEventGenerator.h"
+#include "orvtarn/protons/status/tAllocation.h"
 
 #include <dirent.h>
 
@@ -66,12 +67,14 @@ public:
           m_dueNs(nowNs() + m_periodNs)
     {
     }
-    void generateEvent(iPTPEvent** a_ppEvent, tStatus& a_status) override
+    std::unique_ptr<iPTPEvent> generateEvent(tStatus& a_status) override
     {
         const i64 now = nowNs();
         m_rSamples.m_atGenerate.push_back(now - m_dueNs);
-        *a_ppEvent = new (a_status) tLatenessEvent(m_rSamples, m_dueNs);
+        std::unique_ptr<iPTPEvent> pEvent =
+            nOrvTarn000::makeOwned<tLatenessEvent>(a_status, m_rSamples, m_dueNs);
         m_dueNs = now + m_periodNs;
+        return pEvent;
     }
 
 private:
@@ -166,7 +169,8 @@ void printRow(const char* a_pWhere, const std::vector<i64>& a_rValues)
 void postAndWait(tPTPDispatcher& a_rDispatcher, bool a_start, tStatus& a_status)
 {
     tEvent done(a_status);
-    a_rDispatcher.postEventAndWait(new (a_status) tSignalEvent(done, a_start), &done, a_status);
+    a_rDispatcher.postEventAndWait(nOrvTarn000::makeOwned<tSignalEvent>(a_status, done, a_start),
+                                   &done, a_status);
 }
 
 bool measureLateness(int a_timers, double a_seconds)
@@ -186,7 +190,8 @@ bool measureLateness(int a_timers, double a_seconds)
     {
         // Spread evenly over 10 .. 100 ms, arming order shuffled.
         const u32 periodMs = 10 + static_cast<u32>(i * 37 % a_timers * 90 / (a_timers - 1));
-        timers.add(new (status) tLatenessGenerator(samples, periodMs), periodMs, periodMs, status);
+        timers.add(nOrvTarn000::makeOwned<tLatenessGenerator>(status, samples, periodMs), periodMs,
+                   periodMs, status);
     }
     std::this_thread::sleep_for(std::chrono::duration<double>(a_seconds));
     timers.clear(status);
@@ -224,7 +229,8 @@ bool measureIdle(double a_seconds)
     }
     // Arm and clear once, as stopping the clock does.
     tSamples unused;
-    timers.addOneShot(new (status) tLatenessGenerator(unused, 1000), 1000, status);
+    timers.addOneShot(nOrvTarn000::makeOwned<tLatenessGenerator>(status, unused, 1000u), 1000,
+                      status);
     timers.clear(status);
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     const long start = voluntarySwitches(tid);

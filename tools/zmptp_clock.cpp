@@ -559,7 +559,7 @@ private:
     void post(tDriverEvent::tWork a_work)
     {
         tStatus status;
-        if (!m_pNode->postEvent(new (status) tDriverEvent(this, a_work), status))
+        if (!m_pNode->postEvent(nOrvTarn000::makeOwned<tDriverEvent>(status, this, a_work), status))
         {
             m_rOutput.line("error: could not post to the clock (%d)", status.getCode());
         }
@@ -635,9 +635,9 @@ bool setNodeFlag(tPTPNode& a_rNode, i32 a_id, void* a_pValue)
     tStatus status;
     nOrvTarn000::tEvent done(status);
     void* values[1] = {a_pValue};
-    a_rNode.postEventAndWait(
-        new (status) nOrvPTP000::tSetDatasetEvent(&a_rNode, a_id, values, 1, 1, &done, &status),
-        &done, status);
+    a_rNode.postEventAndWait(nOrvTarn000::makeOwned<nOrvPTP000::tSetDatasetEvent>(
+                                 status, &a_rNode, a_id, values, 1, 1, &done, &status),
+                             &done, status);
     return status.isNotFatal();
 }
 

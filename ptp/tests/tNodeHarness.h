@@ -128,19 +128,21 @@ public:
     bool waitFor(i32 a_state)
     {
         std::unique_lock<std::mutex> lock(m_mutex);
-        return m_changed.wait_for(lock, kGenerous, [&] {
-            for (; m_cursor < m_changes.size(); ++m_cursor)
-            {
-                if (m_changes[m_cursor].first == a_state)
-                {
-                    ++m_cursor;
-                    return true;
-                }
-            }
-            return false;
-        });
+        return m_changed.wait_for(lock, kGenerous,
+                                  [&]
+                                  {
+                                      for (; m_cursor < m_changes.size(); ++m_cursor)
+                                      {
+                                          if (m_changes[m_cursor].first == a_state)
+                                          {
+                                              ++m_cursor;
+                                              return true;
+                                          }
+                                      }
+                                      return false;
+                                  });
     }
-    std::vector<std::pair<i32, i32> > changes()
+    std::vector<std::pair<i32, i32>> changes()
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         return m_changes;
@@ -150,7 +152,7 @@ public:
 private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
-    std::vector<std::pair<i32, i32> > m_changes;
+    std::vector<std::pair<i32, i32>> m_changes;
     size_t m_cursor = 0;
 };
 
@@ -191,12 +193,13 @@ struct tNodeFixture : testing::Test
         tStatus status;
         nOrvTarn000::tEvent done(status);
         i32 code = 0;
-        m_node.postEventAndWait(new tCallEvent(
-                                    [&](tStatus& a_status) {
+        m_node.postEventAndWait(std::unique_ptr<iPTPEvent>(new tCallEvent(
+                                    [&](tStatus& a_status)
+                                    {
                                         a_call(a_status);
                                         code = a_status.getCode();
                                     },
-                                    &done),
+                                    &done)),
                                 &done, status);
         EXPECT_TRUE(status.isNotFatal());
         return code;
@@ -208,7 +211,8 @@ struct tNodeFixture : testing::Test
         tStatus status;
         nOrvTarn000::tEvent done(status);
         void* values[1] = {a_pValue};
-        m_node.postEventAndWait(new tSetDatasetEvent(&m_node, a_id, values, 1, 1, &done, &status),
+        m_node.postEventAndWait(std::unique_ptr<iPTPEvent>(new tSetDatasetEvent(
+                                    &m_node, a_id, values, 1, 1, &done, &status)),
                                 &done, status);
         EXPECT_TRUE(status.isNotFatal());
     }
@@ -246,20 +250,23 @@ struct tNodeFixture : testing::Test
     {
         const u8 bytes[8] = {0, 0, 0, 0, 0, 0, 0, 9};
         const tClockIdentity master(bytes);
-        runOnDispatcher([&](tStatus& a_status) {
-            for (u16 sequenceId = 0; sequenceId < 2; ++sequenceId)
+        runOnDispatcher(
+            [&](tStatus& a_status)
             {
-                tAnnounceMessage* pAnnounce = new tAnnounceMessage(a_status);
-                pAnnounce->getHeader()->setSourcePortIdentity(tPortIdentity(master, 1), a_status);
-                pAnnounce->getHeader()->setSequenceId(sequenceId, a_status);
-                pAnnounce->setGrandmasterIdentity(master, a_status);
-                pAnnounce->setGrandmasterPriority1(a_priority1, a_status);
-                pAnnounce->setGrandmasterPriority2(128, a_status);
-                pAnnounce->setGrandmasterClockQuality(tClockQuality(6, 0x21, 0x4E5D), a_status);
-                storeForeignAnnounce(pAnnounce, *m_node.getForeignMasterDS(1),
-                                     m_node.getBMCOutput(), m_node, a_status);
-            }
-        });
+                for (u16 sequenceId = 0; sequenceId < 2; ++sequenceId)
+                {
+                    tAnnounceMessage* pAnnounce = new tAnnounceMessage(a_status);
+                    pAnnounce->getHeader()->setSourcePortIdentity(tPortIdentity(master, 1),
+                                                                  a_status);
+                    pAnnounce->getHeader()->setSequenceId(sequenceId, a_status);
+                    pAnnounce->setGrandmasterIdentity(master, a_status);
+                    pAnnounce->setGrandmasterPriority1(a_priority1, a_status);
+                    pAnnounce->setGrandmasterPriority2(128, a_status);
+                    pAnnounce->setGrandmasterClockQuality(tClockQuality(6, 0x21, 0x4E5D), a_status);
+                    storeForeignAnnounce(pAnnounce, *m_node.getForeignMasterDS(1),
+                                         m_node.getBMCOutput(), m_node, a_status);
+                }
+            });
     }
 
     static const u8 kOwnIdentity[8];

@@ -277,13 +277,13 @@ struct tMessagingFixture : testing::Test
         tStatus status;
         nOrvTarn000::tEvent done(status);
         i32 code = 0;
-        m_node.postEventAndWait(new tCallEvent(
+        m_node.postEventAndWait(std::unique_ptr<iPTPEvent>(new tCallEvent(
                                     [&](tStatus& a_status)
                                     {
                                         a_call(a_status);
                                         code = a_status.getCode();
                                     },
-                                    &done),
+                                    &done)),
                                 &done, status);
         EXPECT_TRUE(status.isNotFatal());
         return code;
@@ -295,7 +295,8 @@ struct tMessagingFixture : testing::Test
         tStatus status;
         nOrvTarn000::tEvent done(status);
         void* values[1] = {&a_value};
-        m_node.postEventAndWait(new tSetDatasetEvent(&m_node, a_id, values, 1, 1, &done, &status),
+        m_node.postEventAndWait(std::unique_ptr<iPTPEvent>(new tSetDatasetEvent(
+                                    &m_node, a_id, values, 1, 1, &done, &status)),
                                 &done, status);
         EXPECT_TRUE(status.isNotFatal());
     }
@@ -304,7 +305,7 @@ struct tMessagingFixture : testing::Test
     void post(iPTPEvent* a_pEvent)
     {
         tStatus status;
-        m_node.postEvent(a_pEvent, status);
+        m_node.postEvent(std::unique_ptr<iPTPEvent>(a_pEvent), status);
         EXPECT_TRUE(status.isNotFatal());
         runOnDispatcher([](tStatus&) {});
     }
@@ -313,9 +314,9 @@ struct tMessagingFixture : testing::Test
     void receive(const std::vector<u8>& a_bytes)
     {
         tStatus status;
-        tProtocolDataUnit* pPacket = new tProtocolDataUnit(status);
+        std::unique_ptr<tProtocolDataUnit> pPacket(new tProtocolDataUnit(status));
         pPacket->writeOctets(a_bytes.data(), static_cast<u32>(a_bytes.size()), status);
-        post(new tPTPPacketReceivedEvent(&m_node, pPacket));
+        post(new tPTPPacketReceivedEvent(&m_node, std::move(pPacket)));
     }
 
     u8 portState()

@@ -1,62 +1,73 @@
 #include "orvptp/tPTPDispatcher.h"
+#include "tManualClock.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <atomic>
+#include <condition_variable>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
 using namespace nOrvPTP000;
+using nOrvTarn000::tClockedEvent;
 using nOrvTarn000::tEvent;
+using nOrvTarn000::tManualClock;
+using tEntries = std::vector<std::string>;
 
 namespace
 {
 
-const u32 kGenerousMs = 10000;
-
-// Shared record of what happened to the test events, in order.
-struct tJournal
+// What happened to the test events, in order.
+class tJournal
 {
+public:
     void add(const std::string& a_entry)
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         m_entries.push_back(a_entry);
+        m_changed.notify_all();
     }
-    void clear()
+    tEntries take()
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        m_entries.clear();
+        tEntries entries;
+        entries.swap(m_entries);
+        return entries;
     }
-    std::vector<std::string> entries()
+    // For what a thread outside the clock's view does.
+    bool waitFor(const std::string& a_entry)
     {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        return m_entries;
+        std::unique_lock<std::mutex> lock(m_mutex);
+        return m_changed.wait_for(lock, std::chrono::seconds(10),
+                                  [&]
+                                  {
+                                      for (const std::string& entry : m_entries)
+                                      {
+                                          if (entry == a_entry)
+                                          {
+                                              return true;
+                                          }
+                                      }
+                                      return false;
+                                  });
     }
+
+private:
     std::mutex m_mutex;
-    std::vector<std::string> m_entries;
+    std::condition_variable m_changed;
+    tEntries m_entries;
 };
 
 class tTestEvent : public iPTPEvent
 {
 public:
-    tTestEvent(tJournal& a_rJournal, const std::string& a_name, i32 a_kind = kOtherEvent,
-               bool a_allowedWhenStopped = false)
-        : m_rJournal(a_rJournal), m_name(a_name), m_kind(a_kind),
-          m_allowedWhenStopped(a_allowedWhenStopped)
+    tTestEvent(tJournal& a_rJournal, const std::string& a_name, i32 a_kind, bool a_allowed)
+        : m_rJournal(a_rJournal), m_name(a_name), m_kind(a_kind), m_allowed(a_allowed)
     {
     }
-    ~tTestEvent() override
-    {
-        m_rJournal.add("delete " + m_name);
-        if (m_pDeleted != nullptr)
-        {
-            m_pDeleted->signal();
-        }
-    }
-    bool allowedWhenStopped() override { return m_allowedWhenStopped; }
+    ~tTestEvent() override { m_rJournal.add("delete " + m_name); }
+    bool allowedWhenStopped() override { return m_allowed; }
     i32 getEventKind() override { return m_kind; }
     void execute(tStatus& a_status) override
     {
@@ -65,14 +76,22 @@ public:
         {
             ORVTARN_SET_CODE(a_status, m_failure);
         }
-        if (m_pSignal != nullptr)
+        if (m_pDone != nullptr)
         {
-            m_pSignal->signal();
+            m_pDone->signal();
         }
         if (m_pGate != nullptr)
         {
-            tStatus status;
-            m_pGate->wait(kGenerousMs, status);
+            tStatus gateStatus;
+            m_pGate->wait(tEvent::kInfinite, gateStatus);
+        }
+        if (m_pPostTo != nullptr)
+        {
+            tStatus postStatus;
+            std::unique_ptr<iPTPEvent> pChild(
+                new tTestEvent(m_rJournal, "child", kOtherEvent, false));
+            m_pPostTo->post(pChild, postStatus);
+            m_rJournal.add("posted " + std::to_string(postStatus.getCode()));
         }
     }
     void abandon(tStatus&) override { m_rJournal.add("abandon " + m_name); }
@@ -80,83 +99,68 @@ public:
     tJournal& m_rJournal;
     std::string m_name;
     i32 m_kind;
-    bool m_allowedWhenStopped;
+    bool m_allowed;
     i32 m_failure = 0;
-    tEvent* m_pSignal = nullptr;  // signalled when executed
-    tEvent* m_pGate = nullptr;    // execution waits for it
-    tEvent* m_pDeleted = nullptr; // signalled when deleted
+    tEvent* m_pDone = nullptr;           // signalled when executed
+    tClockedEvent* m_pGate = nullptr;    // execution waits for it
+    tPTPDispatcher* m_pPostTo = nullptr; // posts a child after the gate
 };
 
 struct DispatcherTest : testing::Test
 {
-    DispatcherTest() : m_done(m_status), m_entered(m_status), m_gate(m_status) {}
+    DispatcherTest() : m_gate(m_clock, true, m_status), m_dispatcher(m_clock, m_status) {}
 
-    tTestEvent* event(const std::string& a_name, i32 a_kind = iPTPEvent::kOtherEvent,
-                      bool a_allowed = false)
+    std::unique_ptr<tTestEvent> event(const std::string& a_name,
+                                      i32 a_kind = iPTPEvent::kOtherEvent, bool a_allowed = false)
     {
-        return new tTestEvent(m_journal, a_name, a_kind, a_allowed);
+        return std::unique_ptr<tTestEvent>(new tTestEvent(m_journal, a_name, a_kind, a_allowed));
     }
-
-    // Posts an event that is allowed when stopped and waits until it is gone:
-    // every event posted before it has been dealt with by then.
-    void drain(tPTPDispatcher& a_rDispatcher)
+    std::unique_ptr<tTestEvent> stoppable(const std::string& a_name)
     {
-        tTestEvent* pMarker = event("marker", iPTPEvent::kOtherEvent, true);
-        pMarker->m_pDeleted = &m_done;
-        tStatus status;
-        a_rDispatcher.post(pMarker, status);
-        ASSERT_TRUE(status.isNotFatal());
-        ASSERT_TRUE(m_done.wait(kGenerousMs, status));
+        return event(a_name, iPTPEvent::kOtherEvent, true);
     }
-
-    void start(tPTPDispatcher& a_rDispatcher)
+    // Posts and returns the code.
+    i32 post(std::unique_ptr<tTestEvent> a_pEvent)
     {
-        tStatus status;
-        a_rDispatcher.post(event("start", iPTPEvent::kStartEvent, true), status);
-        ASSERT_TRUE(status.isNotFatal());
-        drain(a_rDispatcher);
+        tStatus postStatus;
+        std::unique_ptr<iPTPEvent> pEvent(std::move(a_pEvent));
+        m_dispatcher.post(pEvent, postStatus);
+        return postStatus.getCode();
     }
-
-    // Holds the dispatcher thread inside one event until m_gate opens, so that
-    // everything posted meanwhile arrives as one batch.
-    void block(tPTPDispatcher& a_rDispatcher)
+    void start()
     {
-        tTestEvent* pBlocker = event("blocker", iPTPEvent::kOtherEvent, true);
-        pBlocker->m_pSignal = &m_entered;
+        ASSERT_EQ(0, post(event("start", iPTPEvent::kStartEvent, true)));
+        ASSERT_TRUE(m_clock.settle());
+        m_journal.take();
+    }
+    // Holds the dispatcher inside one event until m_gate opens, so that what
+    // is posted meanwhile arrives as one batch.
+    void block(tPTPDispatcher* a_pPostTo = nullptr)
+    {
+        std::unique_ptr<tTestEvent> pBlocker = stoppable("blocker");
         pBlocker->m_pGate = &m_gate;
-        tStatus status;
-        a_rDispatcher.post(pBlocker, status);
-        ASSERT_TRUE(m_entered.wait(kGenerousMs, status));
+        pBlocker->m_pPostTo = a_pPostTo;
+        ASSERT_EQ(0, post(std::move(pBlocker)));
+        ASSERT_TRUE(m_clock.settle());
+    }
+    void release()
+    {
+        m_gate.signal();
+        ASSERT_TRUE(m_clock.settle());
     }
 
+    tManualClock m_clock;
     tStatus m_status;
     tJournal m_journal;
-    tEvent m_done;
-    tEvent m_entered;
-    tEvent m_gate;
+    tClockedEvent m_gate;
+    tPTPDispatcher m_dispatcher;
 };
-
-std::vector<std::string> without(std::vector<std::string> a_entries, const std::string& a_name)
-{
-    std::vector<std::string> kept;
-    for (const std::string& entry : a_entries)
-    {
-        if (entry.find(a_name) == std::string::npos)
-        {
-            kept.push_back(entry);
-        }
-    }
-    return kept;
-}
 
 } // namespace
 
-TEST_F(DispatcherTest, RunsEventsInOrderOfArrivalAcrossPosters)
+TEST_F(DispatcherTest, RunsEventsOfConcurrentPostersEachOnceInTheirOrder)
 {
-    tPTPDispatcher dispatcher(m_status);
-    ASSERT_TRUE(m_status.isNotFatal());
-    start(dispatcher);
-
+    start();
     const int kPerThread = 200;
     std::vector<std::thread> posters;
     for (int t = 0; t < 2; ++t)
@@ -166,9 +170,7 @@ TEST_F(DispatcherTest, RunsEventsInOrderOfArrivalAcrossPosters)
             {
                 for (int i = 0; i < kPerThread; ++i)
                 {
-                    tStatus status;
-                    dispatcher.post(event(std::to_string(t) + ":" + std::to_string(i)), status);
-                    EXPECT_TRUE(status.isNotFatal());
+                    EXPECT_EQ(0, post(event(std::to_string(t) + ":" + std::to_string(i))));
                 }
             });
     }
@@ -176,242 +178,146 @@ TEST_F(DispatcherTest, RunsEventsInOrderOfArrivalAcrossPosters)
     {
         poster.join();
     }
-    drain(dispatcher);
-
-    // Each poster's events run in its own order, each exactly once.
+    ASSERT_TRUE(m_clock.settle());
     int next[2] = {0, 0};
-    for (const std::string& entry : m_journal.entries())
+    for (const std::string& entry : m_journal.take())
     {
-        if (entry.rfind("execute ", 0) != 0 || entry.find(':') == std::string::npos)
+        if (entry.rfind("execute ", 0) == 0)
         {
-            continue;
+            const int t = entry[8] - '0';
+            EXPECT_EQ("execute " + std::to_string(t) + ":" + std::to_string(next[t]++), entry);
         }
-        const int t = entry[8] - '0';
-        EXPECT_EQ("execute " + std::to_string(t) + ":" + std::to_string(next[t]), entry);
-        ++next[t];
     }
     EXPECT_EQ(kPerThread, next[0]);
     EXPECT_EQ(kPerThread, next[1]);
 }
 
-TEST_F(DispatcherTest, StoppedDispatcherRefusesAllButStoppableEvents)
+TEST_F(DispatcherTest, StoppedDispatcherTakesOnlyStoppableEvents)
 {
-    tPTPDispatcher dispatcher(m_status);
-    tTestEvent* pPacket = event("packet");
-    tStatus status;
-    dispatcher.post(pPacket, status);
-    EXPECT_EQ(nOrvTarn000::kStatusSystemError, status.getCode());
-    delete pPacket; // a refused event stays the caller's
-
-    // A get or set event posted before the first start runs at once.
-    drain(dispatcher);
-    EXPECT_EQ((std::vector<std::string>{"delete packet", "execute marker", "delete marker"}),
-              m_journal.entries());
+    // A refused event stays the caller's; a get or set event runs before any start.
+    EXPECT_EQ(nOrvTarn000::kStatusSystemError, post(event("packet")));
+    EXPECT_EQ(0, post(stoppable("get")));
+    ASSERT_TRUE(m_clock.settle());
+    EXPECT_EQ((tEntries{"delete packet", "execute get", "delete get"}), m_journal.take());
 
     // postEvent releases a refused event through abandon.
-    m_journal.clear();
     tStatus refused;
-    EXPECT_FALSE(dispatcher.postEvent(event("late"), refused));
+    EXPECT_FALSE(m_dispatcher.postEvent(event("late"), refused));
     EXPECT_EQ(nOrvTarn000::kStatusSystemError, refused.getCode());
-    EXPECT_EQ((std::vector<std::string>{"abandon late", "delete late"}), m_journal.entries());
+    EXPECT_EQ((tEntries{"abandon late", "delete late"}), m_journal.take());
+
+    tStatus nullStatus;
+    std::unique_ptr<iPTPEvent> pNull;
+    m_dispatcher.post(pNull, nullStatus);
+    EXPECT_EQ(nOrvTarn000::kStatusMemoryFull, nullStatus.getCode());
 }
 
 // A start behind the stop runs, but what stood behind the stop when it ran was
 // already abandoned, even behind that start.
 TEST_F(DispatcherTest, StopInsideBatchAbandonsWhatFollowsButStoppableEvents)
 {
-    tPTPDispatcher dispatcher(m_status);
-    start(dispatcher);
-    block(dispatcher);
-    tStatus status;
-    for (tTestEvent* pEvent : {event("A"), event("stop", iPTPEvent::kStopEvent, true), event("B"),
-                               event("get", iPTPEvent::kOtherEvent, true), event("C"),
-                               event("start", iPTPEvent::kStartEvent, true), event("D")})
-    {
-        dispatcher.post(pEvent, status);
-    }
-    ASSERT_TRUE(status.isNotFatal());
-    m_journal.clear();
-    m_gate.signal();
-    drain(dispatcher);
-
-    const std::vector<std::string> expected = {
-        "delete blocker", "execute A",   "delete A",   "execute stop",  "abandon B",
-        "delete B",       "abandon C",   "delete C",   "abandon D",     "delete D",
-        "delete stop",    "execute get", "delete get", "execute start", "delete start"};
-    EXPECT_EQ(expected, without(m_journal.entries(), "marker"));
+    start();
+    block();
+    post(event("A"));
+    post(event("stop", iPTPEvent::kStopEvent, true));
+    post(event("B"));
+    post(stoppable("get"));
+    post(event("C"));
+    post(event("start", iPTPEvent::kStartEvent, true));
+    post(event("D"));
+    m_journal.take();
+    release();
+    EXPECT_EQ((tEntries{"delete blocker", "execute A", "delete A", "execute stop", "abandon B",
+                        "delete B", "abandon C", "delete C", "abandon D", "delete D", "delete stop",
+                        "execute get", "delete get", "execute start", "delete start"}),
+              m_journal.take());
 }
 
-TEST_F(DispatcherTest, StopThatFailsStillEntersStopped)
+TEST_F(DispatcherTest, FailuresOfHandlersEndWithTheirEvent)
 {
-    tPTPDispatcher dispatcher(m_status);
-    start(dispatcher);
-    tTestEvent* pStop = event("stop", iPTPEvent::kStopEvent, true);
+    start();
+    std::unique_ptr<tTestEvent> pStop = event("stop", iPTPEvent::kStopEvent, true);
     pStop->m_failure = nOrvTarn000::kStatusInternalError;
-    tStatus status;
-    dispatcher.post(pStop, status);
-    drain(dispatcher);
+    post(std::move(pStop));
+    ASSERT_TRUE(m_clock.settle());
+    // A failed stop still enters Stopped.
+    EXPECT_EQ(nOrvTarn000::kStatusSystemError, post(event("late")));
 
-    tTestEvent* pLate = event("late");
-    dispatcher.post(pLate, status);
-    EXPECT_EQ(nOrvTarn000::kStatusSystemError, status.getCode());
-    delete pLate;
-
-    // A handler's failure does not stop the dispatcher: later events run.
-    tStatus again;
-    dispatcher.post(event("start", iPTPEvent::kStartEvent, true), again);
-    drain(dispatcher);
-    dispatcher.post(event("after"), again);
-    EXPECT_TRUE(again.isNotFatal());
-    drain(dispatcher);
-    const std::vector<std::string> entries = without(m_journal.entries(), "marker");
+    std::unique_ptr<tTestEvent> pFailing = stoppable("failing");
+    pFailing->m_failure = nOrvTarn000::kStatusInternalError;
+    post(std::move(pFailing));
+    post(event("start", iPTPEvent::kStartEvent, true));
+    ASSERT_TRUE(m_clock.settle());
+    post(event("after"));
+    ASSERT_TRUE(m_clock.settle());
+    const tEntries entries = m_journal.take();
     EXPECT_EQ("execute after", entries[entries.size() - 2]);
 }
 
-TEST_F(DispatcherTest, HandlerMayPostAndItsEventRunsLater)
+TEST_F(DispatcherTest, EventPostedByAHandlerRunsInTheNextBatch)
 {
-    struct tPostingEvent : tTestEvent
-    {
-        tPostingEvent(tJournal& a_rJournal, tPTPDispatcher& a_rDispatcher)
-            : tTestEvent(a_rJournal, "poster"), m_rDispatcher(a_rDispatcher)
-        {
-        }
-        void execute(tStatus& a_status) override
-        {
-            tTestEvent::execute(a_status);
-            m_rDispatcher.post(new tTestEvent(m_rJournal, "child"), a_status);
-            m_rJournal.add(a_status.isFatal() ? "post failed" : "posted");
-        }
-        tPTPDispatcher& m_rDispatcher;
-    };
-    tPTPDispatcher dispatcher(m_status);
-    start(dispatcher);
-    block(dispatcher);
-    dispatcher.post(new tPostingEvent(m_journal, dispatcher), m_status);
-    dispatcher.post(event("sibling"), m_status);
-    m_journal.clear();
-    m_gate.signal();
-    drain(dispatcher);
-    drain(dispatcher);
-    const std::vector<std::string> expected = {
-        "delete blocker",  "execute poster", "posted",        "delete poster",
-        "execute sibling", "delete sibling", "execute child", "delete child"};
-    EXPECT_EQ(expected, without(m_journal.entries(), "marker"));
+    start();
+    block(&m_dispatcher);
+    post(event("sibling"));
+    m_journal.take();
+    release();
+    EXPECT_EQ((tEntries{"posted 0", "delete blocker", "execute sibling", "delete sibling",
+                        "execute child", "delete child"}),
+              m_journal.take());
 }
 
-TEST_F(DispatcherTest, DestructionDeletesQueuedEventsWithoutRunningOrAbandoning)
+TEST_F(DispatcherTest, DestructionDeletesQueuedEventsUnrunAndRefusesLatePosts)
 {
-    tPTPDispatcher* pDispatcher = new tPTPDispatcher(m_status);
-    start(*pDispatcher);
-    block(*pDispatcher);
-    tStatus status;
-    pDispatcher->post(event("queued1"), status);
-    pDispatcher->post(event("queued2"), status);
-
-    // The destructor waits for the blocked batch; release it once the queue is gone.
-    std::thread destroyer([&] { delete pDispatcher; });
-    for (int i = 0; i < 10000 && m_journal.entries().back() != "delete queued2"; ++i)
+    std::unique_ptr<tPTPDispatcher> pDispatcher(new tPTPDispatcher(m_clock, m_status));
+    std::unique_ptr<tTestEvent> pBlocker = stoppable("blocker");
+    pBlocker->m_pGate = &m_gate;
+    pBlocker->m_pPostTo = pDispatcher.get();
+    std::unique_ptr<iPTPEvent> pEvent(std::move(pBlocker));
+    pDispatcher->post(pEvent, m_status);
+    ASSERT_TRUE(m_clock.settle());
+    for (const char* name : {"queued1", "queued2"})
     {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        std::unique_ptr<iPTPEvent> pQueued(stoppable(name));
+        pDispatcher->post(pQueued, m_status);
     }
+    ASSERT_TRUE(m_status.isNotFatal());
+
+    // The destructor empties the queue, then waits for the batch in progress,
+    // whose post comes too late.
+    std::thread destroyer([&] { pDispatcher.reset(); });
+    ASSERT_TRUE(m_journal.waitFor("delete queued2"));
     m_gate.signal();
     destroyer.join();
-
-    const std::vector<std::string> entries = m_journal.entries();
-    const std::vector<std::string> tail(entries.end() - 3, entries.end());
-    EXPECT_EQ((std::vector<std::string>{"delete queued1", "delete queued2", "delete blocker"}),
-              tail);
-}
-
-TEST_F(DispatcherTest, PostAfterDestructorBeganIsCancelled)
-{
-    // Exiting is observable only while the destructor waits for a running batch.
-    tPTPDispatcher* pDispatcher = new tPTPDispatcher(m_status);
-    start(*pDispatcher);
-    std::atomic<i32> code(0);
-    struct tLatePoster : tTestEvent
-    {
-        tLatePoster(tJournal& a_rJournal, tPTPDispatcher& a_rDispatcher, std::atomic<i32>& a_rCode,
-                    tEvent& a_rEntered, tEvent& a_rGate)
-            : tTestEvent(a_rJournal, "late poster"), m_rDispatcher(a_rDispatcher), m_rCode(a_rCode)
-        {
-            m_pSignal = &a_rEntered;
-            m_pGate = &a_rGate;
-        }
-        void execute(tStatus& a_status) override
-        {
-            tTestEvent::execute(a_status);
-            tStatus status;
-            tTestEvent* pEvent = new tTestEvent(m_rJournal, "refused");
-            m_rDispatcher.post(pEvent, status);
-            m_rCode = status.getCode();
-            delete pEvent;
-        }
-        tPTPDispatcher& m_rDispatcher;
-        std::atomic<i32>& m_rCode;
-    };
-    tStatus status;
-    pDispatcher->post(new tLatePoster(m_journal, *pDispatcher, code, m_entered, m_gate), status);
-    ASSERT_TRUE(m_entered.wait(kGenerousMs, status));
-    std::thread destroyer([&] { delete pDispatcher; });
-    // Probe until the destructor has marked Exiting; probes accepted before that
-    // are deleted with the queue.
-    i32 probeCode = 0;
-    for (int i = 0; i < 10000 && probeCode != nOrvTarn000::kStatusCancelled; ++i)
-    {
-        tStatus probeStatus;
-        tTestEvent* pProbe = event("probe");
-        pDispatcher->post(pProbe, probeStatus);
-        probeCode = probeStatus.getCode();
-        if (probeStatus.isFatal())
-        {
-            delete pProbe;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    EXPECT_EQ(nOrvTarn000::kStatusCancelled, probeCode);
-    m_gate.signal();
-    destroyer.join();
-    EXPECT_EQ(nOrvTarn000::kStatusCancelled, code.load());
+    const std::string cancelled = "posted " + std::to_string(nOrvTarn000::kStatusCancelled);
+    EXPECT_EQ((tEntries{"execute blocker", "delete queued1", "delete queued2", cancelled,
+                        "delete child", "delete blocker"}),
+              m_journal.take());
 }
 
 TEST_F(DispatcherTest, PostEventAndWaitReturnsAfterTheHandlerRan)
 {
-    tPTPDispatcher dispatcher(m_status);
-    start(dispatcher);
+    start();
     tEvent done(m_status);
-    tTestEvent* pEvent = event("get");
-    pEvent->m_pSignal = &done;
-    tStatus status;
-    dispatcher.postEventAndWait(pEvent, &done, status);
-    EXPECT_TRUE(status.isNotFatal());
-    const std::vector<std::string> afterWait = m_journal.entries();
-    EXPECT_NE(afterWait.end(), std::find(afterWait.begin(), afterWait.end(), "execute get"));
+    std::unique_ptr<tTestEvent> pGet = event("get");
+    pGet->m_pDone = &done;
+    tStatus waitStatus;
+    m_dispatcher.postEventAndWait(std::move(pGet), &done, waitStatus);
+    EXPECT_TRUE(waitStatus.isNotFatal());
+    EXPECT_EQ("execute get", m_journal.take().front());
 
     // A refused post reaches the caller's status; the event is released.
-    tStatus stopStatus;
-    dispatcher.post(event("stop", iPTPEvent::kStopEvent, true), stopStatus);
-    drain(dispatcher);
+    post(event("stop", iPTPEvent::kStopEvent, true));
+    ASSERT_TRUE(m_clock.settle());
+    m_journal.take();
     tStatus refused;
-    dispatcher.postEventAndWait(event("packet"), &done, refused);
+    m_dispatcher.postEventAndWait(event("packet"), &done, refused);
     EXPECT_EQ(nOrvTarn000::kStatusSystemError, refused.getCode());
-    const std::vector<std::string> entries = m_journal.entries();
-    EXPECT_EQ((std::vector<std::string>{"abandon packet", "delete packet"}),
-              std::vector<std::string>(entries.end() - 2, entries.end()));
+    EXPECT_EQ((tEntries{"abandon packet", "delete packet"}), m_journal.take());
 
     // A caller that already failed keeps its own code; the event is deleted unrun.
     tStatus failed;
     failed.setCode(nOrvTarn000::kStatusTimedOut, "t", "t.cpp", 1);
-    dispatcher.postEventAndWait(event("ignored", iPTPEvent::kOtherEvent, true), &done, failed);
+    m_dispatcher.postEventAndWait(stoppable("ignored"), &done, failed);
     EXPECT_EQ(nOrvTarn000::kStatusTimedOut, failed.getCode());
-    EXPECT_EQ("delete ignored", m_journal.entries().back());
-}
-
-TEST_F(DispatcherTest, NullEventIsRefused)
-{
-    tPTPDispatcher dispatcher(m_status);
-    tStatus status;
-    dispatcher.post(nullptr, status);
-    EXPECT_EQ(nOrvTarn000::kStatusMemoryFull, status.getCode());
-    drain(dispatcher);
+    EXPECT_EQ((tEntries{"delete ignored"}), m_journal.take());
 }

@@ -130,7 +130,7 @@ TEST_F(NodeTest, LeavingMasterCancelsTheSendTimers)
     startListening();
     // No master heard: the receipt time-out makes this clock the master.
     tStatus status;
-    m_node.postEvent(new tInitialAnnounceTimeoutEvent(&m_node), status);
+    m_node.postEvent(std::unique_ptr<iPTPEvent>(new tInitialAnnounceTimeoutEvent(&m_node)), status);
     ASSERT_TRUE(m_states.waitFor(kPortStateMaster));
     EXPECT_NE(tPortDS::kNoTimer, timerId(tPortDS::kSendAnnounceTimer));
     EXPECT_NE(tPortDS::kNoTimer, timerId(tPortDS::kSendSyncTimer));
@@ -138,7 +138,7 @@ TEST_F(NodeTest, LeavingMasterCancelsTheSendTimers)
 
     // A better master appears: MASTER gives way through UNCALIBRATED.
     hearBetterMaster();
-    m_node.postEvent(new tStateDecisionEvent(&m_node), status);
+    m_node.postEvent(std::unique_ptr<iPTPEvent>(new tStateDecisionEvent(&m_node)), status);
     ASSERT_TRUE(m_states.waitFor(kPortStateUncalibrated));
     EXPECT_EQ(tPortDS::kNoTimer, timerId(tPortDS::kSendAnnounceTimer));
     EXPECT_EQ(tPortDS::kNoTimer, timerId(tPortDS::kSendSyncTimer));
@@ -170,10 +170,12 @@ TEST_F(NodeTest, FurtherNetworkErrorsKeepTheRecoveryRunning)
 {
     setAutomaticRecovery(true);
     startListening();
-    runOnDispatcher([&](tStatus& a_status) {
-        m_node.handleNetworkError(a_status);
-        m_node.handleNetworkError(a_status);
-    });
+    runOnDispatcher(
+        [&](tStatus& a_status)
+        {
+            m_node.handleNetworkError(a_status);
+            m_node.handleNetworkError(a_status);
+        });
     EXPECT_TRUE(m_states.waitFor(kPortStateInitializing));
 }
 
@@ -181,7 +183,7 @@ TEST_F(NodeTest, WithoutRecoveryAFaultyPortWaitsForOutsideHelp)
 {
     startListening();
     tStatus status;
-    m_node.postEvent(new tNetworkRecoveryEvent(&m_node), status);
+    m_node.postEvent(std::unique_ptr<iPTPEvent>(new tNetworkRecoveryEvent(&m_node)), status);
     EXPECT_EQ(kPortStateListening, portState()) << "recovery acts only in FAULTY";
 
     m_messaging.failReceive();
@@ -257,11 +259,12 @@ TEST(NodeLifetime, DestroyWhileRunningWithTimersAndEvents)
         tPTPNode* pNode =
             new tPTPNode(&messaging, &timestamps, &timekeeper, tClockIdentity(bytes), status);
         pNode->startClock(status);
-        pNode->postEvent(new tInitialAnnounceTimeoutEvent(pNode), status);
+        pNode->postEvent(std::unique_ptr<iPTPEvent>(new tInitialAnnounceTimeoutEvent(pNode)),
+                         status);
         for (int i = 0; i < 50; ++i)
         {
-            pNode->postEvent(new tStateDecisionEvent(pNode), status);
-            pNode->postEvent(new tSendSyncPacketEvent(pNode), status);
+            pNode->postEvent(std::unique_ptr<iPTPEvent>(new tStateDecisionEvent(pNode)), status);
+            pNode->postEvent(std::unique_ptr<iPTPEvent>(new tSendSyncPacketEvent(pNode)), status);
         }
         delete pNode;
         EXPECT_TRUE(status.isNotFatal());

@@ -63,10 +63,10 @@ TEST(PTPPortTest, TransitionHandsOverTheNextState)
     bool deleted = false;
     tTestPort* pNext = new tTestPort(kPortStateMaster, &deleted);
     tStatus status;
-    EXPECT_EQ(port.transitionTo(pNext, status), pNext);
+    EXPECT_EQ(port.transitionTo(std::unique_ptr<iPTPPort>(pNext), status), pNext);
+    std::unique_ptr<iPTPPort> pOwned(pNext);
     EXPECT_EQ(status.getCode(), 0);
     EXPECT_FALSE(deleted);
-    delete pNext;
 }
 
 TEST(PTPPortTest, MissingNextStateKeepsThisOneAndReportsMemory)
@@ -83,7 +83,9 @@ TEST(PTPPortTest, FailedTransitionDeletesTheNextStateAndKeepsTheFirstCode)
     bool deleted = false;
     tStatus status;
     ORVTARN_SET_CODE(status, nOrvTarn000::kStatusSystemError);
-    EXPECT_EQ(port.transitionTo(new tTestPort(kPortStateFaulty, &deleted), status), &port);
+    EXPECT_EQ(port.transitionTo(
+                  std::unique_ptr<iPTPPort>(new tTestPort(kPortStateFaulty, &deleted)), status),
+              &port);
     EXPECT_TRUE(deleted);
     EXPECT_EQ(status.getCode(), nOrvTarn000::kStatusSystemError);
 }

@@ -65,7 +65,7 @@ protected:
     void post()
     {
         tStatus status;
-        m_node.postEvent(new tEventClass(&m_node), status);
+        m_node.postEvent(std::unique_ptr<iPTPEvent>(new tEventClass(&m_node)), status);
     }
 
     void reach(u8 a_state)
@@ -209,16 +209,16 @@ TEST_F(tNodeFixture, SlaveOnlyClockNeverServes)
     startListening();
     runOnDispatcher([&](tStatus& a_status) { m_node.setSlaveOnly(true, a_status, 0); });
     tStatus status;
-    m_node.postEvent(new tInitialAnnounceTimeoutEvent(&m_node), status);
-    m_node.postEvent(new tStateDecisionEvent(&m_node), status);
+    m_node.postEvent(std::unique_ptr<iPTPEvent>(new tInitialAnnounceTimeoutEvent(&m_node)), status);
+    m_node.postEvent(std::unique_ptr<iPTPEvent>(new tStateDecisionEvent(&m_node)), status);
     EXPECT_EQ(kPortStateListening, portState());
 
     hearBetterMaster();
-    m_node.postEvent(new tStateDecisionEvent(&m_node), status);
+    m_node.postEvent(std::unique_ptr<iPTPEvent>(new tStateDecisionEvent(&m_node)), status);
     ASSERT_TRUE(m_states.waitFor(kPortStateUncalibrated));
     m_node.postMasterClockSelectedCheck(status);
     ASSERT_TRUE(m_states.waitFor(kPortStateSlave));
-    m_node.postEvent(new tInitialAnnounceTimeoutEvent(&m_node), status);
+    m_node.postEvent(std::unique_ptr<iPTPEvent>(new tInitialAnnounceTimeoutEvent(&m_node)), status);
     ASSERT_TRUE(m_states.waitFor(kPortStateListening));
     u32 records = 0;
     runOnDispatcher([&](tStatus& a_status)

@@ -1,10 +1,8 @@
 #include "orvptp/tTimedEventGenerator.h"
+#include "tManualClock.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -23,37 +21,28 @@ public:
 
 using namespace nOrvPTP000;
 using namespace nOrvTarn000;
+using tNames = std::vector<std::string>;
 
 namespace
 {
 
-const int kGenerousMs = 10000;
-typedef std::chrono::steady_clock tClock;
+const u64 kMs = tManualClock::kMillisecond;
 
-// What generators and events did, in order, with the time since the test began.
+// What generators and events did, with the clock's time in milliseconds.
 class tLog
 {
 public:
+    explicit tLog(tManualClock& a_rClock) : m_rClock(a_rClock) {}
     void add(const std::string& a_text)
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        m_entries.push_back({a_text, msSince(m_origin)});
-        m_changed.notify_all();
+        m_entries.push_back({a_text, m_rClock.now() / kMs});
     }
-    int count(const std::string& a_text)
+    int count(const std::string& a_text) { return static_cast<int>(times(a_text).size()); }
+    std::vector<u64> times(const std::string& a_text)
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        int n = 0;
-        for (const tEntry& entry : m_entries)
-        {
-            n += entry.m_text == a_text;
-        }
-        return n;
-    }
-    std::vector<double> times(const std::string& a_text)
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        std::vector<double> result;
+        std::vector<u64> result;
         for (const tEntry& entry : m_entries)
         {
             if (entry.m_text == a_text)
@@ -64,10 +53,10 @@ public:
         return result;
     }
     // The entries that begin with a_prefix, in order, without it.
-    std::vector<std::string> with(const std::string& a_prefix)
+    tNames with(const std::string& a_prefix)
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        std::vector<std::string> result;
+        tNames result;
         for (const tEntry& entry : m_entries)
         {
             if (entry.m_text.rfind(a_prefix, 0) == 0)
@@ -77,75 +66,50 @@ public:
         }
         return result;
     }
-    bool waitFor(const std::function<bool()>& a_done, int a_ms = kGenerousMs)
-    {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        return m_changed.wait_for(lock, std::chrono::milliseconds(a_ms),
-                                  [&]
-                                  {
-                                      lock.unlock();
-                                      const bool done = a_done();
-                                      lock.lock();
-                                      return done;
-                                  });
-    }
-    bool waitFor(const std::string& a_text, int a_n = 1, int a_ms = kGenerousMs)
-    {
-        return waitFor([&] { return count(a_text) >= a_n; }, a_ms);
-    }
-    double now() { return msSince(m_origin); }
 
-    std::atomic<int> m_eventsMade{0};
-    std::atomic<int> m_eventsFreed{0};
+    int m_eventsMade = 0;
+    int m_eventsFreed = 0;
 
 private:
     struct tEntry
     {
         std::string m_text;
-        double m_ms;
+        u64 m_ms;
     };
-    static double msSince(tClock::time_point a_origin)
-    {
-        return std::chrono::duration<double, std::milli>(tClock::now() - a_origin).count();
-    }
+    tManualClock& m_rClock;
     std::mutex m_mutex;
-    std::condition_variable m_changed;
     std::vector<tEntry> m_entries;
-    const tClock::time_point m_origin = tClock::now();
 };
 
 // Logs "run <name>" or "abandon <name>"; counts its life in the log.
 class tTestEvent : public iPTPEvent
 {
 public:
-    tTestEvent(tLog& a_rLog, const std::string& a_name) : m_rLog(a_rLog), m_name(a_name)
+    tTestEvent(tLog& a_rLog, const std::string& a_name, std::function<void()> a_action = nullptr)
+        : m_rLog(a_rLog), m_name(a_name), m_action(a_action)
     {
         ++m_rLog.m_eventsMade;
     }
     ~tTestEvent() override { ++m_rLog.m_eventsFreed; }
-    void execute(tStatus&) override { m_rLog.add("run " + m_name); }
+    bool allowedWhenStopped() override { return m_name == "start"; }
+    i32 getEventKind() override { return m_name == "start" ? kStartEvent : kOtherEvent; }
+    void execute(tStatus&) override
+    {
+        if (m_name != "start")
+        {
+            m_rLog.add("run " + m_name);
+        }
+        if (m_action)
+        {
+            m_action();
+        }
+    }
     void abandon(tStatus&) override { m_rLog.add("abandon " + m_name); }
 
 private:
     tLog& m_rLog;
     std::string m_name;
-};
-
-// Runs a function on the dispatcher thread.
-class tActionEvent : public iPTPEvent
-{
-public:
-    tActionEvent(std::function<void()> a_action, i32 a_kind = kOtherEvent)
-        : m_action(a_action), m_kind(a_kind)
-    {
-    }
-    bool allowedWhenStopped() override { return m_kind == kStartEvent; }
-    i32 getEventKind() override { return m_kind; }
-    void execute(tStatus&) override { m_action(); }
-
-private:
     std::function<void()> m_action;
-    i32 m_kind;
 };
 
 enum tMode
@@ -157,13 +121,12 @@ enum tMode
 };
 
 // Logs "gen <name>" at each expiry and "free <name>" when deleted. Goes
-// through a_modes in a cycle; may hold the timer thread for a while.
+// through its modes in a cycle; may hold the timer thread at a gate.
 class tTestGenerator : public iPTPEventGenerator
 {
 public:
-    tTestGenerator(tLog& a_rLog, const std::string& a_name, std::vector<tMode> a_modes = {kMake},
-                   int a_holdMs = 0)
-        : m_rLog(a_rLog), m_name(a_name), m_modes(a_modes), m_holdMs(a_holdMs)
+    tTestGenerator(tLog& a_rLog, const std::string& a_name, std::vector<tMode> a_modes)
+        : m_rLog(a_rLog), m_name(a_name), m_modes(a_modes)
     {
     }
     ~tTestGenerator() override
@@ -174,247 +137,229 @@ public:
             m_onDelete();
         }
     }
-    void generateEvent(iPTPEvent** a_ppEvent, tStatus& a_status) override
+    std::unique_ptr<iPTPEvent> generateEvent(tStatus& a_status) override
     {
         m_rLog.add("gen " + m_name);
-        std::this_thread::sleep_for(std::chrono::milliseconds(m_holdMs));
+        if (m_pGate != nullptr)
+        {
+            tStatus gateStatus;
+            m_pGate->wait(tEvent::kInfinite, gateStatus);
+        }
         const tMode mode = m_modes[m_turn++ % m_modes.size()];
+        std::unique_ptr<iPTPEvent> pEvent;
         if (mode == kMake || mode == kFailWithEvent)
         {
-            *a_ppEvent = new tTestEvent(m_rLog, m_name);
+            pEvent.reset(new tTestEvent(m_rLog, m_name));
         }
         if (mode == kFail || mode == kFailWithEvent)
         {
             ORVTARN_SET_CODE(a_status, kStatusInternalError);
         }
+        return pEvent;
     }
     std::function<void()> m_onDelete;
+    tClockedEvent* m_pGate = nullptr;
 
 private:
     tLog& m_rLog;
     std::string m_name;
     std::vector<tMode> m_modes;
-    int m_holdMs;
     size_t m_turn = 0;
 };
 
 struct TimedEventGeneratorTest : testing::Test
 {
-    TimedEventGeneratorTest() : m_dispatcher(m_status)
+    explicit TimedEventGeneratorTest(u64 a_startNs = 0)
+        : m_clock(a_startNs), m_log(m_clock), m_dispatcher(m_clock, m_status),
+          m_timers(&m_dispatcher, m_clock, m_status)
     {
-        tStatus status;
-        tEvent started(status);
-        m_dispatcher.postEventAndWait(
-            new tActionEvent([&] { started.signal(); }, iPTPEvent::kStartEvent), &started, status);
-        EXPECT_TRUE(status.isNotFatal());
+        post(m_dispatcher, "start");
+        EXPECT_TRUE(m_clock.settle());
     }
 
-    tTestGenerator* gen(const std::string& a_name, std::vector<tMode> a_modes = {kMake},
-                        int a_holdMs = 0)
+    std::unique_ptr<tTestGenerator> gen(const std::string& a_name,
+                                        std::vector<tMode> a_modes = {kMake})
     {
-        return new tTestGenerator(m_log, a_name, a_modes, a_holdMs);
+        return std::unique_ptr<tTestGenerator>(new tTestGenerator(m_log, a_name, a_modes));
     }
-
-    void postAction(std::function<void()> a_action)
+    void post(tPTPDispatcher& a_rDispatcher, const std::string& a_name,
+              std::function<void()> a_action = nullptr)
     {
-        tStatus status;
-        m_dispatcher.post(new tActionEvent(a_action), status);
-        ASSERT_TRUE(status.isNotFatal());
+        std::unique_ptr<iPTPEvent> pEvent(new tTestEvent(m_log, a_name, a_action));
+        tStatus postStatus;
+        a_rDispatcher.post(pEvent, postStatus);
+        EXPECT_TRUE(postStatus.isNotFatal());
     }
+    void runFor(u64 a_ms) { ASSERT_TRUE(m_clock.runFor(a_ms * kMs)); }
 
-    // Declared first: it outlives the dispatcher, whose queued events log.
-    tLog m_log;
+    tManualClock m_clock;
     tStatus m_status;
+    // Before the dispatcher: it outlives the events that log.
+    tLog m_log;
     tPTPDispatcher m_dispatcher;
+    tTimedEventGenerator m_timers;
 };
 
 } // namespace
 
 // --- Order and time of expiry ----------------------------------------------
 
-TEST_F(TimedEventGeneratorTest, DelayZeroFiresAfterRecordsAlreadyDue)
+TEST_F(TimedEventGeneratorTest, ExpiriesComeAtTheirTimeAndEqualOnesInOrderOfArming)
 {
-    tTimedEventGenerator timers(&m_dispatcher, m_status);
-    timers.addOneShot(gen("A"), 20, m_status);
-    timers.addOneShot(gen("B"), 20, m_status);
-    // Holds the timer thread until A and B are past due.
-    timers.addOneShot(gen("hold", {kMake}, 60), 0, m_status);
-    ASSERT_TRUE(m_log.waitFor("gen hold"));
-    std::thread adder(
-        [&]
-        {
-            tStatus status;
-            EXPECT_NE(0u, timers.addOneShot(gen("Z"), 0, status));
-        });
-    adder.join();
-    ASSERT_TRUE(m_log.waitFor("run Z"));
-    EXPECT_EQ((std::vector<std::string>{"hold", "A", "B", "Z"}), m_log.with("run "));
-    EXPECT_TRUE(m_status.isNotFatal());
-}
-
-TEST_F(TimedEventGeneratorTest, EqualExpiriesFireInOrderOfArming)
-{
-    tTimedEventGenerator timers(&m_dispatcher, m_status);
     for (const char* name : {"A", "B", "C", "D", "E"})
     {
-        timers.addOneShot(gen(name), name[0] == 'B' || name[0] == 'E' ? 10 : 30, m_status);
+        m_timers.addOneShot(gen(name), name[0] == 'B' || name[0] == 'E' ? 10 : 30, m_status);
     }
-    ASSERT_TRUE(m_log.waitFor("run D"));
-    EXPECT_EQ((std::vector<std::string>{"B", "E", "A", "C", "D"}), m_log.with("run "));
+    runFor(40);
+    EXPECT_EQ((tNames{"B", "E", "A", "C", "D"}), m_log.with("run "));
+    EXPECT_EQ((std::vector<u64>{10}), m_log.times("run E"));
+    EXPECT_EQ((std::vector<u64>{30}), m_log.times("run D"));
+}
+
+// A thread held in a generator leaves the records behind it unbrought up to
+// date; an arming brings them up to date, and its delay 0 goes behind them.
+TEST_F(TimedEventGeneratorTest, DelayZeroFiresAfterRecordsAlreadyDue)
+{
+    m_timers.addOneShot(gen("A"), 20, m_status);
+    m_timers.addOneShot(gen("B"), 20, m_status);
+    tClockedEvent gate(m_clock, true, m_status);
+    std::unique_ptr<tTestGenerator> pHold = gen("hold");
+    pHold->m_pGate = &gate;
+    m_timers.addOneShot(std::move(pHold), 0, m_status);
+    ASSERT_TRUE(m_clock.settle());
+    m_clock.advanceTo(60 * kMs);
+    gate.signal();
+    ASSERT_TRUE(m_clock.settle());
+    EXPECT_NE(0u, m_timers.addOneShot(gen("Z"), 0, m_status));
+    runFor(0);
+    EXPECT_EQ((tNames{"hold", "A", "B", "Z"}), m_log.with("run "));
+    EXPECT_EQ((std::vector<u64>{60}), m_log.times("run Z"));
+    EXPECT_TRUE(m_status.isNotFatal());
 }
 
 TEST_F(TimedEventGeneratorTest, RemovedTimerNeverFiresAndFollowersKeepTheirTime)
 {
-    tTimedEventGenerator timers(&m_dispatcher, m_status);
-    const double armed = m_log.now();
-    const u32 idA = timers.addOneShot(gen("A"), 40, m_status);
-    timers.addOneShot(gen("B"), 80, m_status);
-    const u32 idC = timers.addOneShot(gen("C"), 120, m_status);
-    timers.addOneShot(gen("D"), 160, m_status);
-    timers.remove(idA, m_status);
+    const u32 idA = m_timers.addOneShot(gen("A"), 40, m_status);
+    m_timers.addOneShot(gen("B"), 80, m_status);
+    const u32 idC = m_timers.addOneShot(gen("C"), 120, m_status);
+    m_timers.addOneShot(gen("D"), 160, m_status);
+    m_timers.remove(idA, m_status);
     EXPECT_EQ(1, m_log.count("free A")); // the generator goes with the timer
-    ASSERT_TRUE(m_log.waitFor("run B"));
-    timers.remove(idC, m_status);
-    ASSERT_TRUE(m_log.waitFor("run D"));
+    runFor(100);
+    m_timers.remove(idC, m_status);
+    runFor(100);
     EXPECT_TRUE(m_status.isNotFatal());
-
-    EXPECT_EQ((std::vector<std::string>{"B", "D"}), m_log.with("gen "));
-    EXPECT_GE(m_log.times("gen B")[0] - armed, 80.0);
-    EXPECT_GE(m_log.times("gen D")[0] - armed, 160.0);
+    EXPECT_EQ((tNames{"B", "D"}), m_log.with("gen "));
+    EXPECT_EQ((std::vector<u64>{80}), m_log.times("gen B"));
+    EXPECT_EQ((std::vector<u64>{160}), m_log.times("gen D"));
 }
 
-TEST_F(TimedEventGeneratorTest, PeriodZeroFiresOnceThenTheIdIsUnknown)
+TEST_F(TimedEventGeneratorTest, PeriodicTimerRunsUntilRemovedAndPeriodZeroOnce)
 {
-    tTimedEventGenerator timers(&m_dispatcher, m_status);
-    const u32 id = timers.add(gen("once"), 5, 0, m_status);
-    const u32 clockId = timers.add(gen("clock"), 0, 5, m_status);
-    ASSERT_TRUE(m_log.waitFor("gen clock", 10));
-    EXPECT_EQ(1, m_log.count("gen once"));
+    const u32 onceId = m_timers.add(gen("once"), 5, 0, m_status);
+    const u32 id = m_timers.add(gen("P"), 0, 5, m_status);
+    runFor(22);
+    EXPECT_EQ((std::vector<u64>{0, 5, 10, 15, 20}), m_log.times("run P"));
+    EXPECT_EQ(1, m_log.count("run once"));
     EXPECT_EQ(1, m_log.count("free once"));
-
-    for (u32 unknown : {id, 0u, 12345u})
-    {
-        tStatus status;
-        timers.remove(unknown, status);
-        EXPECT_EQ(kStatusInvalidState, status.getCode()) << unknown;
-    }
-    timers.remove(clockId, m_status);
-    EXPECT_TRUE(m_status.isNotFatal());
-}
-
-TEST_F(TimedEventGeneratorTest, PeriodicTimerIsReArmedFromEachFiringUntilRemoved)
-{
-    tTimedEventGenerator timers(&m_dispatcher, m_status);
-    const u32 id = timers.add(gen("P"), 0, 5, m_status);
-    ASSERT_TRUE(m_log.waitFor("run P", 20));
-    timers.remove(id, m_status);
+    m_timers.remove(id, m_status);
     EXPECT_TRUE(m_status.isNotFatal());
     EXPECT_EQ(1, m_log.count("free P"));
-    const std::vector<double> fired = m_log.times("gen P");
-    // Whole milliseconds are counted from each firing: never early. The 1 ms
-    // allows for the moment of logging within a turn.
-    EXPECT_GE(fired.back() - fired.front(), 5.0 * (fired.size() - 1) - 1.0);
+    runFor(20);
+    EXPECT_EQ(5, m_log.count("run P"));
 
-    timers.addOneShot(gen("later"), 20, m_status);
-    ASSERT_TRUE(m_log.waitFor("run later"));
-    EXPECT_EQ(fired.size(), m_log.times("gen P").size());
+    for (u32 unknown : {onceId, id, 0u, 12345u})
+    {
+        tStatus removeStatus;
+        m_timers.remove(unknown, removeStatus);
+        EXPECT_EQ(kStatusInvalidState, removeStatus.getCode()) << unknown;
+    }
 }
-
-// --- Ids -------------------------------------------------------------------
 
 TEST_F(TimedEventGeneratorTest, IdsWrapToOneAndAreNeverZero)
 {
-    tTimedEventGenerator timers(&m_dispatcher, m_status);
-    tTimedEventGeneratorProbe::setNextId(timers, 0x7FFFFFFEu);
+    tTimedEventGeneratorProbe::setNextId(m_timers, 0x7FFFFFFEu);
     std::vector<u32> ids;
     for (int i = 0; i < 3; ++i)
     {
-        ids.push_back(timers.addOneShot(gen("t" + std::to_string(i)), 10000, m_status));
+        ids.push_back(m_timers.addOneShot(gen("t" + std::to_string(i)), 10000, m_status));
     }
     EXPECT_EQ((std::vector<u32>{0x7FFFFFFEu, 0x7FFFFFFFu, 1u}), ids);
 
     // A refused arming gives 0, consumes no id and frees the generator.
     tStatus failed;
     ORVTARN_SET_CODE(failed, kStatusInternalError);
-    EXPECT_EQ(0u, timers.addOneShot(gen("refused"), 0, failed));
+    EXPECT_EQ(0u, m_timers.addOneShot(gen("refused"), 0, failed));
     EXPECT_EQ(1, m_log.count("free refused"));
-    EXPECT_EQ(2u, timers.addOneShot(gen("next"), 10000, m_status));
-
-    timers.remove(0x7FFFFFFFu, m_status);
-    timers.remove(1u, m_status);
-    EXPECT_TRUE(m_status.isNotFatal());
+    EXPECT_EQ(2u, m_timers.addOneShot(gen("next"), 10000, m_status));
 }
 
-// --- Arming from a handler -------------------------------------------------
-
-TEST_F(TimedEventGeneratorTest, AddFromHandlerWakesTheIdleThread)
+TEST_F(TimedEventGeneratorTest, ArmingFromAHandlerWakesTheThreadAndBringsTheHeadUpToDate)
 {
-    tTimedEventGenerator timers(&m_dispatcher, m_status);
-    // The empty list lets the thread sleep 10 s; only the wake brings this sooner.
-    postAction(
-        [&]
-        {
-            m_log.add("armed");
-            tStatus status;
-            timers.addOneShot(gen("M"), 10, status);
-        });
-    ASSERT_TRUE(m_log.waitFor("run M", 1, 5000));
-    EXPECT_GE(m_log.times("gen M")[0] - m_log.times("armed")[0], 10.0);
+    // The empty list lets the thread sleep 10 s; only the wake brings M sooner.
+    post(m_dispatcher, "arm", [&] { m_timers.addOneShot(gen("M"), 10, m_status); });
+    runFor(20);
+    EXPECT_EQ((std::vector<u64>{10}), m_log.times("run M"));
+
+    // L's delta must lose the time that passed before N is placed behind it.
+    m_timers.addOneShot(gen("L"), 300, m_status);
+    runFor(150);
+    post(m_dispatcher, "arm", [&] { m_timers.addOneShot(gen("N"), 200, m_status); });
+    runFor(400);
+    EXPECT_EQ((tNames{"M", "L", "N"}), m_log.with("gen "));
+    EXPECT_EQ((std::vector<u64>{320}), m_log.times("run L"));
+    EXPECT_EQ((std::vector<u64>{370}), m_log.times("run N"));
 }
 
-TEST_F(TimedEventGeneratorTest, AddFromHandlerBringsTheHeadUpToDate)
+// The picosecond count of the old performance counter wrapped here, after
+// about 213 days; the timers count nanoseconds and go straight on.
+struct TimedEventGeneratorAtPicosecondWrap : TimedEventGeneratorTest
 {
-    tTimedEventGenerator timers(&m_dispatcher, m_status);
-    const double armed = m_log.now();
-    timers.addOneShot(gen("L"), 300, m_status);
-    // Lets time pass: L's delta must lose it before M is placed behind L.
-    while (m_log.now() - armed < 150)
+    static constexpr u64 kWrapNs = ~static_cast<u64>(0) / 1000u;
+    TimedEventGeneratorAtPicosecondWrap() : TimedEventGeneratorTest(kWrapNs - 25 * kMs) {}
+};
+
+TEST_F(TimedEventGeneratorAtPicosecondWrap, TimersRunOnAcrossTheWrap)
+{
+    m_timers.add(gen("P"), 10, 10, m_status);
+    runFor(60);
+    const u64 startMs = (kWrapNs - 25 * kMs) / kMs;
+    std::vector<u64> expected;
+    for (u64 ms = 10; ms <= 60; ms += 10)
     {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        expected.push_back(startMs + ms);
     }
-    postAction(
-        [&]
-        {
-            tStatus status;
-            timers.addOneShot(gen("M"), 200, status);
-        });
-    ASSERT_TRUE(m_log.waitFor("run M"));
-    EXPECT_EQ((std::vector<std::string>{"L", "M"}), m_log.with("run "));
+    EXPECT_EQ(expected, m_log.times("run P"));
 }
 
 // --- Failures and lost expiries ----------------------------------------------
 
-TEST_F(TimedEventGeneratorTest, FailedGenerationLosesOnlyThatExpiry)
+TEST_F(TimedEventGeneratorTest, FailedGenerationOrPostLosesOnlyThatExpiry)
 {
-    tTimedEventGenerator timers(&m_dispatcher, m_status);
-    const u32 id = timers.add(gen("G", {kFail, kNothing, kFailWithEvent, kMake}), 0, 2, m_status);
-    ASSERT_TRUE(m_log.waitFor("run G", 3));
-    timers.remove(id, m_status);
+    const u32 id = m_timers.add(gen("G", {kFail, kNothing, kFailWithEvent, kMake}), 0, 2, m_status);
+    runFor(15);
+    m_timers.remove(id, m_status);
     EXPECT_TRUE(m_status.isNotFatal());
+    EXPECT_EQ(8, m_log.count("gen G"));
+    EXPECT_EQ(2, m_log.count("run G"));
+    EXPECT_EQ(0, m_log.count("abandon G")); // a fatal status deletes before the post
 
-    const int generated = m_log.count("gen G");
-    EXPECT_EQ((generated + 1) / 4, m_log.count("abandon G")); // the third of each four
-    ASSERT_TRUE(m_log.waitFor("run G", generated / 4));
-    EXPECT_EQ(generated / 4, m_log.count("run G"));
-}
-
-TEST_F(TimedEventGeneratorTest, RefusedPostAbandonsTheEventAndTheTimerGoesOn)
-{
-    tPTPDispatcher stopped(m_status);
-    tTimedEventGenerator timers(&stopped, m_status);
-    const u32 id = timers.add(gen("G"), 0, 2, m_status);
-    ASSERT_TRUE(m_log.waitFor("gen G", 5));
-    timers.remove(id, m_status);
+    // A refused post abandons the event and the timer goes on.
+    tPTPDispatcher stopped(m_clock, m_status);
+    tTimedEventGenerator timers(&stopped, m_clock, m_status);
+    const u32 stoppedId = timers.add(gen("S"), 0, 2, m_status);
+    runFor(9);
+    timers.remove(stoppedId, m_status);
     EXPECT_TRUE(m_status.isNotFatal());
-    EXPECT_EQ(m_log.count("gen G"), m_log.count("abandon G"));
-    EXPECT_EQ(m_log.m_eventsMade.load(), m_log.m_eventsFreed.load());
-    EXPECT_EQ(0, m_log.count("run G"));
+    EXPECT_EQ(5, m_log.count("gen S"));
+    EXPECT_EQ(5, m_log.count("abandon S"));
+    EXPECT_EQ(0, m_log.count("run S"));
 }
 
 TEST_F(TimedEventGeneratorTest, WithoutItsThreadEveryCallFails)
 {
     tStatus status;
-    tTimedEventGenerator timers(nullptr, status);
+    tTimedEventGenerator timers(nullptr, m_clock, status);
     EXPECT_EQ(kStatusInvalidArgument, status.getCode());
 
     tStatus addStatus, removeStatus, clearStatus;
@@ -431,70 +376,62 @@ TEST_F(TimedEventGeneratorTest, WithoutItsThreadEveryCallFails)
 
 TEST_F(TimedEventGeneratorTest, ClearDisarmsEverything)
 {
-    tTimedEventGenerator timers(&m_dispatcher, m_status);
-    const u32 id = timers.add(gen("P"), 0, 2, m_status);
-    timers.addOneShot(gen("A"), 100000, m_status);
-    ASSERT_TRUE(m_log.waitFor("gen P", 3));
-    timers.clear(m_status);
-    EXPECT_EQ((std::vector<std::string>{"P", "A"}), m_log.with("free "));
-    const int generated = m_log.count("gen P");
-
-    timers.addOneShot(gen("later"), 60, m_status);
-    ASSERT_TRUE(m_log.waitFor("run later"));
-    EXPECT_EQ(generated, m_log.count("gen P"));
+    const u32 id = m_timers.add(gen("P"), 0, 2, m_status);
+    m_timers.addOneShot(gen("A"), 100000, m_status);
+    runFor(5);
+    m_timers.clear(m_status);
+    EXPECT_EQ((tNames{"P", "A"}), m_log.with("free "));
+    runFor(200000);
+    EXPECT_EQ(3, m_log.count("gen P"));
     EXPECT_EQ(0, m_log.count("gen A"));
-    tStatus status;
-    timers.remove(id, status);
-    EXPECT_EQ(kStatusInvalidState, status.getCode());
+    tStatus removeStatus;
+    m_timers.remove(id, removeStatus);
+    EXPECT_EQ(kStatusInvalidState, removeStatus.getCode());
 }
 
 TEST_F(TimedEventGeneratorTest, DestructionWithTimersArmedAndEventsQueuedFreesAll)
 {
-    std::atomic<u32> lateId(99);
-    std::atomic<i32> lateCode(1);
+    u32 lateId = 99;
+    i32 lateCode = 1;
     {
-        // Declared first: the dispatcher thread may still be leaving gate.wait.
-        tEvent started(m_status), entered(m_status), gate(m_status);
-        tPTPDispatcher dispatcher(m_status);
-        dispatcher.postEventAndWait(
-            new tActionEvent([&] { started.signal(); }, iPTPEvent::kStartEvent), &started,
-            m_status);
         // Keeps the dispatcher busy, so that expiries pile up in its queue.
-        dispatcher.post(new tActionEvent(
-                            [&]
-                            {
-                                entered.signal();
-                                tStatus status;
-                                gate.wait(kGenerousMs, status);
-                            }),
-                        m_status);
-        ASSERT_TRUE(entered.wait(kGenerousMs, m_status));
-
-        tTimedEventGenerator* pTimers = new tTimedEventGenerator(&dispatcher, m_status);
+        tClockedEvent gate(m_clock, true, m_status);
+        tPTPDispatcher dispatcher(m_clock, m_status);
+        post(dispatcher, "start");
+        EXPECT_TRUE(m_clock.settle());
+        post(dispatcher, "blocker",
+             [&]
+             {
+                 tStatus gateStatus;
+                 gate.wait(tEvent::kInfinite, gateStatus);
+             });
+        std::unique_ptr<tTimedEventGenerator> pTimers(
+            new tTimedEventGenerator(&dispatcher, m_clock, m_status));
         for (const char* name : {"P1", "P2", "P3"})
         {
             pTimers->add(gen(name), 0, 1, m_status);
         }
         pTimers->addOneShot(gen("far1"), 100000, m_status);
-        tTestGenerator* pReentrant = gen("far2");
+        std::unique_ptr<tTestGenerator> pReentrant = gen("far2");
         // Arming while being destroyed gives 0 without a failure.
+        tTimedEventGenerator* pDying = pTimers.get();
         pReentrant->m_onDelete = [&]
         {
-            tStatus status;
-            lateId = pTimers->addOneShot(gen("late"), 0, status);
-            lateCode = status.getCode();
+            tStatus lateStatus;
+            lateId = pDying->addOneShot(gen("late"), 0, lateStatus);
+            lateCode = lateStatus.getCode();
         };
-        pTimers->addOneShot(pReentrant, 100000, m_status);
-        ASSERT_TRUE(m_log.waitFor("gen P3", 5));
-        delete pTimers;
+        pTimers->addOneShot(std::move(pReentrant), 100000, m_status);
+        runFor(4);
+        EXPECT_EQ(5, m_log.count("gen P3"));
+        pTimers.reset();
 
-        EXPECT_EQ(6, static_cast<int>(m_log.with("free ").size()));
-        EXPECT_EQ(0u, lateId.load());
-        EXPECT_EQ(0, lateCode.load());
+        EXPECT_EQ(6u, m_log.with("free ").size());
+        EXPECT_EQ(0u, lateId);
+        EXPECT_EQ(0, lateCode);
         EXPECT_TRUE(m_status.isNotFatal());
         gate.signal();
     }
     // The dispatcher freed what it still held.
-    EXPECT_EQ(m_log.m_eventsMade.load(), m_log.m_eventsFreed.load());
-    EXPECT_GT(m_log.m_eventsMade.load(), 0);
+    EXPECT_EQ(m_log.m_eventsMade, m_log.m_eventsFreed);
 }

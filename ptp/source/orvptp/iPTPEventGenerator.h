@@ -9,7 +9,9 @@ class iPTPEventGenerator
 {
 public:
     virtual ~iPTPEventGenerator() {}
-    virtual void generateEvent(iPTPEvent** a_ppEvent, tStatus& a_status) = 0;
+    // The event of one expiry, owned by the caller; null when it cannot be
+    // made (kStatusMemoryFull, or a fatal status on entry).
+    [[nodiscard]] virtual std::unique_ptr<iPTPEvent> generateEvent(tStatus& a_status) = 0;
 };
 
 } // namespace nOrvPTP000

@@ -77,15 +77,14 @@ iPTPPort* iPTPPort::handleMasterClockSelected(tStatus&)
     return this;
 }
 
-iPTPPort* iPTPPort::transitionTo(iPTPPort* a_pNext, tStatus& a_status)
+iPTPPort* iPTPPort::transitionTo(std::unique_ptr<iPTPPort> a_pNext, tStatus& a_status)
 {
     if (a_pNext != nullptr && a_status.isNotFatal())
     {
-        return a_pNext;
+        return a_pNext.release();
     }
     // Offered only: an earlier code stays and this one is dropped.
     ORVTARN_SET_CODE(a_status, nOrvTarn000::kStatusMemoryFull);
-    delete a_pNext;
     return this;
 }
 

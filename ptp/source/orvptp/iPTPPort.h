@@ -45,9 +45,9 @@ public:
 
     // Where every change of state ends. A null a_pNext (its allocation failed)
     // or a fatal status keeps the present state: kStatusMemoryFull is offered
-    // to the status, a_pNext is deleted, and this is returned. Otherwise the
-    // result is a_pNext, which the caller now owns.
-    iPTPPort* transitionTo(iPTPPort* a_pNext, nOrvTarn000::tStatus& a_status);
+    // to the status, a_pNext goes, and this is returned. Otherwise the result
+    // is a_pNext, handed to the caller, who owns it from now on.
+    iPTPPort* transitionTo(std::unique_ptr<iPTPPort> a_pNext, nOrvTarn000::tStatus& a_status);
 
 protected:
     // Builds the object of the next state, whose constructor is part of the
@@ -63,7 +63,8 @@ protected:
 template <typename tState>
 iPTPPort* iPTPPort::enter(nOrvTarn000::tStatus& a_status)
 {
-    return transitionTo(new (a_status) tState(m_pNode, m_pNetworkMaintainer, m_pPortDS, a_status),
+    return transitionTo(nOrvTarn000::makeOwned<tState>(a_status, m_pNode, m_pNetworkMaintainer,
+                                                       m_pPortDS, a_status),
                         a_status);
 }
 

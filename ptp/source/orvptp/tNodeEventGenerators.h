@@ -12,9 +12,9 @@ class tNodeEventGenerator : public iPTPEventGenerator
 {
 public:
     explicit tNodeEventGenerator(iPTPNode* a_pNode) : m_pNode(a_pNode) {}
-    void generateEvent(iPTPEvent** a_ppEvent, tStatus& a_status) override
+    std::unique_ptr<iPTPEvent> generateEvent(tStatus& a_status) override
     {
-        *a_ppEvent = new (a_status) tEventClass(m_pNode);
+        return nOrvTarn000::makeOwned<tEventClass>(a_status, m_pNode);
     }
 
 private:
@@ -48,9 +48,10 @@ public:
         : m_pNode(a_pNode), m_sender(a_sender)
     {
     }
-    void generateEvent(iPTPEvent** a_ppEvent, tStatus& a_status) override
+    std::unique_ptr<iPTPEvent> generateEvent(tStatus& a_status) override
     {
-        *a_ppEvent = new (a_status) tForeignMasterAnnounceTimeoutEvent(m_pNode, m_sender);
+        return nOrvTarn000::makeOwned<tForeignMasterAnnounceTimeoutEvent>(a_status, m_pNode,
+                                                                          m_sender);
     }
 
 private:

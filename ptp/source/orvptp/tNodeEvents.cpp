@@ -5,22 +5,22 @@
 namespace nOrvPTP000
 {
 
-tPTPPacketReceivedEvent::~tPTPPacketReceivedEvent()
+tPTPPacketReceivedEvent::tPTPPacketReceivedEvent(iPTPNode* a_pNode,
+                                                 std::unique_ptr<tProtocolDataUnit> a_pPacket)
+    : m_pNode(a_pNode), m_pPacket(std::move(a_pPacket))
 {
-    delete m_pPacket;
 }
+
+tPTPPacketReceivedEvent::~tPTPPacketReceivedEvent() = default;
 
 void tPTPPacketReceivedEvent::execute(tStatus& a_status)
 {
-    tProtocolDataUnit* pPacket = m_pPacket;
-    m_pPacket = nullptr;
-    m_pNode->handlePacketReceived(pPacket, a_status);
+    m_pNode->handlePacketReceived(m_pPacket.release(), a_status);
 }
 
 void tPTPPacketReceivedEvent::abandon(tStatus&)
 {
-    delete m_pPacket;
-    m_pPacket = nullptr;
+    m_pPacket.reset();
 }
 
 } // namespace nOrvPTP000

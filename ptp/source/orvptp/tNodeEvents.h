@@ -142,21 +142,18 @@ private:
 };
 
 // One received datagram. The event owns the packet until it hands it to the
-// node, which deletes it; a packet that is never handed on dies with the event.
+// node; a packet that is never handed on goes with the event.
 class tPTPPacketReceivedEvent : public iPTPEvent
 {
 public:
-    tPTPPacketReceivedEvent(iPTPNode* a_pNode, tProtocolDataUnit* a_pPacket)
-        : m_pNode(a_pNode), m_pPacket(a_pPacket)
-    {
-    }
+    tPTPPacketReceivedEvent(iPTPNode* a_pNode, std::unique_ptr<tProtocolDataUnit> a_pPacket);
     ~tPTPPacketReceivedEvent() override;
     void execute(tStatus& a_status) override;
     void abandon(tStatus& a_status) override;
 
 private:
     iPTPNode* m_pNode;
-    tProtocolDataUnit* m_pPacket;
+    std::unique_ptr<tProtocolDataUnit> m_pPacket;
 };
 
 } // namespace nOrvPTP000

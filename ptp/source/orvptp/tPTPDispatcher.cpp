@@ -7,35 +7,11 @@ namespace nOrvPTP000
 
 using namespace nOrvTarn000;
 
-namespace
-{
+tPTPDispatcher::tPTPDispatcher(tStatus& a_status) : tPTPDispatcher(getSystemClock(), a_status) {}
 
-void abandonAndDelete(iPTPEvent* a_pEvent)
-{
-    tStatus status;
-    a_pEvent->abandon(status);
-    delete a_pEvent;
-}
-
-// Abandons and removes every event of the list that is not allowed when stopped.
-void dropStoppable(tEventList& a_rEvents)
-{
-    for (tEventList::iterator it = a_rEvents.begin(); it != a_rEvents.end();)
-    {
-        if ((*it)->allowedWhenStopped())
-        {
-            ++it;
-            continue;
-        }
-        abandonAndDelete(*it);
-        it = a_rEvents.erase(it);
-    }
-}
-
-} // namespace
-
-tPTPDispatcher::tPTPDispatcher(tStatus& a_status)
-    : m_mutex(a_status), m_wakeEvent(a_status), m_exiting(false), m_failed(false), m_stopped(true)
+tPTPDispatcher::tPTPDispatcher(iClock& a_rClock, tStatus& a_status)
+    : m_mutex(a_status), m_wakeEvent(a_rClock, true, a_status), m_exiting(false), m_failed(false),
+      m_stopped(true)
 {
     m_thread.start(this, 0, ORVTARN_COMPONENT, a_status);
     // Without its thread the dispatcher can never run what it accepts.
@@ -44,13 +20,9 @@ tPTPDispatcher::tPTPDispatcher(tStatus& a_status)
 
 tPTPDispatcher::~tPTPDispatcher()
 {
-    tStatus status;
+    tStatus lockStatus;
     {
-        tMutexGuard guard(m_mutex, status);
-        for (iPTPEvent* pEvent : m_queue)
-        {
-            delete pEvent;
-        }
+        tMutexGuard guard(m_mutex, lockStatus);
         m_queue.clear();
         m_exiting = true;
         m_wakeEvent.signal();
@@ -58,7 +30,7 @@ tPTPDispatcher::~tPTPDispatcher()
     m_thread.join();
 }
 
-void tPTPDispatcher::post(iPTPEvent* a_pEvent, tStatus& a_status)
+void tPTPDispatcher::post(std::unique_ptr<iPTPEvent>& a_rpEvent, tStatus& a_status)
 {
     if (a_status.isFatal())
     {
@@ -79,48 +51,40 @@ void tPTPDispatcher::post(iPTPEvent* a_pEvent, tStatus& a_status)
         ORVTARN_SET_CODE(a_status, kStatusSystemError);
         return;
     }
-    // A null event is what a poster holds when making the event ran out of memory.
-    if (a_pEvent == nullptr)
+    if (a_rpEvent == nullptr)
     {
         ORVTARN_SET_CODE(a_status, kStatusMemoryFull);
         return;
     }
-    if (m_stopped && !a_pEvent->allowedWhenStopped())
+    if (m_stopped && !a_rpEvent->allowedWhenStopped())
     {
         ORVTARN_SET_CODE(a_status, kStatusSystemError);
         return;
     }
-    m_queue.push_back(a_pEvent);
-    if (!CHECK_ALLOCATION(m_queue, a_status))
-    {
-        return;
-    }
+    m_queue.push(std::move(a_rpEvent));
     m_wakeEvent.signal();
 }
 
-bool tPTPDispatcher::postEvent(iPTPEvent* a_pEvent, tStatus& a_status)
+bool tPTPDispatcher::postEvent(std::unique_ptr<iPTPEvent> a_pEvent, tStatus& a_status)
 {
     if (a_status.isFatal())
     {
-        delete a_pEvent;
         return false;
     }
     post(a_pEvent, a_status);
     if (a_status.isFatal())
     {
-        if (a_pEvent != nullptr)
-        {
-            abandonAndDelete(a_pEvent);
-        }
+        abandonEvent(std::move(a_pEvent));
         return false;
     }
     return true;
 }
 
-void tPTPDispatcher::postEventAndWait(iPTPEvent* a_pEvent, tEvent* a_pDoneEvent, tStatus& a_status)
+void tPTPDispatcher::postEventAndWait(std::unique_ptr<iPTPEvent> a_pEvent, tEvent* a_pDoneEvent,
+                                      tStatus& a_status)
 {
     tStatus local(a_status);
-    if (postEvent(a_pEvent, local))
+    if (postEvent(std::move(a_pEvent), local))
     {
         a_pDoneEvent->wait(tEvent::kInfinite, local);
     }
@@ -130,23 +94,24 @@ void tPTPDispatcher::postEventAndWait(iPTPEvent* a_pEvent, tEvent* a_pDoneEvent,
     }
 }
 
-void tPTPDispatcher::discardStoppableEvents(tEventList& a_rBatch, bool a_markStopped,
+void tPTPDispatcher::discardStoppableEvents(tEventQueue& a_rBatch, bool a_markStopped,
                                             tStatus& a_status)
 {
-    dropStoppable(a_rBatch);
+    a_rBatch.abandonStoppable();
     tMutexGuard guard(m_mutex, a_status);
     if (a_status.isFatal())
     {
         return;
     }
-    dropStoppable(m_queue);
+    m_queue.abandonStoppable();
     if (a_markStopped)
     {
         m_stopped = true;
     }
 }
 
-void tPTPDispatcher::runEvent(iPTPEvent* a_pEvent, tEventList& a_rBatch, tStatus& a_status)
+void tPTPDispatcher::runEvent(std::unique_ptr<iPTPEvent> a_pEvent, tEventQueue& a_rBatch,
+                              tStatus& a_status)
 {
     switch (a_pEvent->getEventKind())
     {
@@ -172,7 +137,6 @@ void tPTPDispatcher::runEvent(iPTPEvent* a_pEvent, tEventList& a_rBatch, tStatus
         a_status.clear();
         break;
     }
-    delete a_pEvent;
 }
 
 void tPTPDispatcher::run(tStatus& a_status)
@@ -184,24 +148,22 @@ void tPTPDispatcher::run(tStatus& a_status)
             break;
         }
         m_wakeEvent.wait(tEvent::kInfinite, a_status);
-        tEventList batch;
+        tEventQueue batch;
         {
             tMutexGuard guard(m_mutex, a_status);
             if (a_status.isNotFatal())
             {
-                batch.splice(batch.end(), m_queue);
+                batch.splice(m_queue);
             }
         }
-        while (!batch.empty() && a_status.isNotFatal())
+        while (!batch.isEmpty() && a_status.isNotFatal())
         {
-            iPTPEvent* pEvent = batch.front();
-            batch.pop_front();
-            runEvent(pEvent, batch, a_status);
+            runEvent(batch.pop(), batch, a_status);
         }
         // Left over only when the batch broke off on a fatal status.
-        for (iPTPEvent* pEvent : batch)
+        while (!batch.isEmpty())
         {
-            abandonAndDelete(pEvent);
+            abandonEvent(batch.pop());
         }
     }
     if (a_status.isFatal())

@@ -3,8 +3,8 @@
 #include "orvptp/ports/tPTPStoppedPort.h"
 #include "orvptp/tForeignMasterAging.h"
 #include "orvptp/tNodeEventGenerators.h"
-#include "orvptp/tStateDecisionUpdate.h"
 #include "orvptp/tProtocolDataUnit.h"
+#include "orvptp/tStateDecisionUpdate.h"
 #include "orvtarn/protons/status/tAllocation.h"
 #include "orvtarn/protons/status/tAssertion.h"
 #include "orvtarn/protons/status/tTrace.h"
@@ -41,22 +41,30 @@ double draw()
 tPTPNode::tPTPNode(iPTPPortMessaging* a_pMessaging, iPTPTimestampGenerator* a_pTimestampGenerator,
                    iPTPTimekeeper* a_pTimekeeper, const tClockIdentity& a_clockIdentity,
                    tStatus& a_status)
+    : tPTPNode(a_pMessaging, a_pTimestampGenerator, a_pTimekeeper, a_clockIdentity,
+               getSystemClock(), a_status)
+{
+}
+
+tPTPNode::tPTPNode(iPTPPortMessaging* a_pMessaging, iPTPTimestampGenerator* a_pTimestampGenerator,
+                   iPTPTimekeeper* a_pTimekeeper, const tClockIdentity& a_clockIdentity,
+                   iClock& a_rClock, tStatus& a_status)
     : m_defaultDS(a_clockIdentity), m_parentDS(a_clockIdentity), m_portDS(a_clockIdentity),
       m_clockDescriptionDS(1, a_status), m_pMessaging(a_pMessaging),
       m_pTimestampGenerator(a_pTimestampGenerator), m_pTimekeeper(a_pTimekeeper),
-      m_pDispatcher(new (a_status) tPTPDispatcher(a_status)),
-      m_networkMaintainer(a_pMessaging, m_pDispatcher, a_status), m_pPort(nullptr),
-      m_pForeignMasterDS(nullptr), m_bmcOutput(1, a_status), m_closing(false),
-      m_externalChecks(false), m_automaticRecovery(false),
-      m_pTimedEventGenerator(new (a_status) tTimedEventGenerator(m_pDispatcher, a_status)),
+      m_pDispatcher(makeOwned<tPTPDispatcher>(a_status, a_rClock, a_status)),
+      m_networkMaintainer(a_pMessaging, m_pDispatcher.get(), a_status), m_bmcOutput(1, a_status),
+      m_closing(false), m_externalChecks(false), m_automaticRecovery(false),
+      m_pTimedEventGenerator(
+          makeOwned<tTimedEventGenerator>(a_status, m_pDispatcher.get(), a_rClock, a_status)),
       m_mutex(a_status)
 {
-    m_pPort = new (a_status) tPTPStoppedPort(this, &m_networkMaintainer, &m_portDS, a_status);
-    m_pForeignMasterDS = new (a_status) tForeignMasterDS(a_status);
+    m_pPort = makeOwned<tPTPStoppedPort>(a_status, this, &m_networkMaintainer, &m_portDS, a_status);
+    m_pForeignMasterDS = makeOwned<tForeignMasterDS>(a_status, a_status);
     if (a_status.isNotFatal())
     {
-        m_clockDescriptionDS.setProtocolAddress(tPortDS::kPortNumber, m_pMessaging->getPortAddress(),
-                                                a_status);
+        m_clockDescriptionDS.setProtocolAddress(tPortDS::kPortNumber,
+                                                m_pMessaging->getPortAddress(), a_status);
     }
     std::srand(static_cast<unsigned>(std::time(nullptr)));
 }
@@ -71,17 +79,18 @@ tPTPNode::~tPTPNode()
     // The stop goes through the dispatcher: the port object is its thread's.
     if (m_pDispatcher != nullptr)
     {
-        tStatus status;
-        stopClock(status);
+        tStatus stopStatus;
+        stopClock(stopStatus);
     }
-    tStatus status;
-    m_networkMaintainer.stop(status);
-    m_syncDelayExchange.reset(status);
-    delete m_pTimedEventGenerator;
-    delete m_pDispatcher;
-    delete m_pPort;
+    tStatus cleanUpStatus;
+    m_networkMaintainer.stop(cleanUpStatus);
+    m_syncDelayExchange.reset(cleanUpStatus);
+    // The threads first, then what their events reach.
+    m_pTimedEventGenerator.reset();
+    m_pDispatcher.reset();
+    m_pPort.reset();
     m_bmcOutput.resetAll();
-    delete m_pForeignMasterDS;
+    m_pForeignMasterDS.reset();
 }
 
 // ---- start, stop and posting ----
@@ -89,41 +98,41 @@ tPTPNode::~tPTPNode()
 void tPTPNode::startClock(tStatus& a_status)
 {
     tEvent done(a_status);
-    postEventAndWait(new (a_status) tStartClockEvent(this, &done, &a_status), &done, a_status);
+    postEventAndWait(makeOwned<tStartClockEvent>(a_status, this, &done, &a_status), &done,
+                     a_status);
 }
 
 void tPTPNode::stopClock(tStatus& a_status)
 {
     tEvent done(a_status);
-    postEventAndWait(new (a_status) tStopClockEvent(this, &done, &a_status), &done, a_status);
+    postEventAndWait(makeOwned<tStopClockEvent>(a_status, this, &done, &a_status), &done, a_status);
 }
 
-bool tPTPNode::postEvent(iPTPEvent* a_pEvent, tStatus& a_status)
+bool tPTPNode::postEvent(std::unique_ptr<iPTPEvent> a_pEvent, tStatus& a_status)
 {
     if (m_pDispatcher == nullptr)
     {
-        delete a_pEvent;
         ORVTARN_SET_CODE(a_status, kStatusInvalidState);
         return false;
     }
-    return m_pDispatcher->postEvent(a_pEvent, a_status);
+    return m_pDispatcher->postEvent(std::move(a_pEvent), a_status);
 }
 
-void tPTPNode::postEventAndWait(iPTPEvent* a_pEvent, tEvent* a_pDoneEvent, tStatus& a_status)
+void tPTPNode::postEventAndWait(std::unique_ptr<iPTPEvent> a_pEvent, tEvent* a_pDoneEvent,
+                                tStatus& a_status)
 {
     if (m_pDispatcher == nullptr)
     {
-        delete a_pEvent;
         ORVTARN_SET_CODE(a_status, kStatusInvalidState);
         return;
     }
-    m_pDispatcher->postEventAndWait(a_pEvent, a_pDoneEvent, a_status);
+    m_pDispatcher->postEventAndWait(std::move(a_pEvent), a_pDoneEvent, a_status);
 }
 
 template <typename tEventClass>
 bool tPTPNode::postNew(tStatus& a_status)
 {
-    return postEvent(new (a_status) tEventClass(this), a_status);
+    return postEvent(makeOwned<tEventClass>(a_status, this), a_status);
 }
 
 void tPTPNode::postInitializedCheck(tStatus& a_status)
@@ -168,21 +177,21 @@ bool tPTPNode::initializePort(tStatus& a_status)
 
 // ---- timers ----
 
-u32 tPTPNode::scheduleOnce(iPTPEventGenerator* a_pGenerator, u32 a_delayMs, tStatus& a_status)
+u32 tPTPNode::scheduleOnce(std::unique_ptr<iPTPEventGenerator> a_pGenerator, u32 a_delayMs,
+                           tStatus& a_status)
 {
-    return schedulePeriodic(a_pGenerator, a_delayMs, 0, a_status);
+    return schedulePeriodic(std::move(a_pGenerator), a_delayMs, 0, a_status);
 }
 
-u32 tPTPNode::schedulePeriodic(iPTPEventGenerator* a_pGenerator, u32 a_delayMs, u32 a_periodMs,
-                               tStatus& a_status)
+u32 tPTPNode::schedulePeriodic(std::unique_ptr<iPTPEventGenerator> a_pGenerator, u32 a_delayMs,
+                               u32 a_periodMs, tStatus& a_status)
 {
     tMutexGuard guard(m_mutex, a_status);
     if (!guard.isLocked() || m_closing || m_pTimedEventGenerator == nullptr)
     {
-        delete a_pGenerator;
         return kNotScheduled;
     }
-    return m_pTimedEventGenerator->add(a_pGenerator, a_delayMs, a_periodMs, a_status);
+    return m_pTimedEventGenerator->add(std::move(a_pGenerator), a_delayMs, a_periodMs, a_status);
 }
 
 void tPTPNode::cancelScheduled(u32 a_id, tStatus& a_status)
@@ -215,44 +224,43 @@ void tPTPNode::restartAnnounceReceiptTimeout(tStatus& a_status)
 {
     cancelScheduled(m_portDS.getTimerId(tPortDS::kAnnounceReceiptTimer), a_status);
     const u32 interval = getAnnounceIntervalMs();
-    const u32 delay = m_portDS.getAnnounceReceiptTimeout() * interval +
-                      static_cast<u32>(draw() * interval);
-    const u32 id =
-        scheduleOnce(new (a_status) tInitialAnnounceTimeoutEventGenerator(this), delay, a_status);
+    const u32 delay =
+        m_portDS.getAnnounceReceiptTimeout() * interval + static_cast<u32>(draw() * interval);
+    const u32 id = scheduleOnce(makeOwned<tInitialAnnounceTimeoutEventGenerator>(a_status, this),
+                                delay, a_status);
     m_portDS.setTimerId(tPortDS::kAnnounceReceiptTimer, id, a_status);
 }
 
 void tPTPNode::armForeignMasterTimeout(const tPortIdentity& a_sender, tStatus& a_status)
 {
     const u32 delay = m_portDS.getAnnounceReceiptTimeout() * getAnnounceIntervalMs();
-    scheduleOnce(new (a_status) tForeignMasterAnnounceTimeoutEventGenerator(this, a_sender), delay,
-                 a_status);
+    scheduleOnce(makeOwned<tForeignMasterAnnounceTimeoutEventGenerator>(a_status, this, a_sender),
+                 delay, a_status);
 }
 
 void tPTPNode::armDelayRequestTimer(tStatus& a_status)
 {
     const double mean = intervalMs(m_portDS.getLogMinDelayReqInterval());
     const u32 delay = static_cast<u32>(draw() * 2 * mean);
-    const u32 id = scheduleOnce(new (a_status) tDelayRequestEventGenerator(this), delay, a_status);
+    const u32 id =
+        scheduleOnce(makeOwned<tDelayRequestEventGenerator>(a_status, this), delay, a_status);
     m_portDS.setTimerId(tPortDS::kDelayRequestTimer, id, a_status);
 }
 
-void tPTPNode::rearmPeriodic(u32 a_index, iPTPEventGenerator* a_pGenerator, u32 a_periodMs,
-                             tStatus& a_status)
+void tPTPNode::rearmPeriodic(u32 a_index, std::unique_ptr<iPTPEventGenerator> a_pGenerator,
+                             u32 a_periodMs, tStatus& a_status)
 {
     const u32 id = m_portDS.getTimerId(a_index);
     if (id == tPortDS::kNoTimer || a_status.isFatal())
     {
-        delete a_pGenerator;
         return;
     }
     cancelScheduled(id, a_status);
     if (a_status.isFatal())
     {
-        delete a_pGenerator;
         return;
     }
-    const u32 newId = schedulePeriodic(a_pGenerator, a_periodMs, a_periodMs, a_status);
+    const u32 newId = schedulePeriodic(std::move(a_pGenerator), a_periodMs, a_periodMs, a_status);
     m_portDS.setTimerId(a_index, newId, a_status);
 }
 
@@ -280,12 +288,14 @@ void tPTPNode::transition(tPortOperation a_operation, tStatus& a_status)
         return;
     }
     const u8 oldState = m_pPort->getState();
-    iPTPPort* pOld = m_pPort;
-    m_pPort = (m_pPort->*a_operation)(a_status);
-    if (m_pPort == pOld)
+    // The operation gives this very object to stay, or a new one that is ours.
+    iPTPPort* pNext = (m_pPort.get()->*a_operation)(a_status);
+    if (pNext == m_pPort.get())
     {
         return;
     }
+    std::unique_ptr<iPTPPort> pOld = std::move(m_pPort);
+    m_pPort.reset(pNext);
     // The master's send timers end with the master, after its successor is built.
     if (oldState == kPortStateMaster)
     {
@@ -295,7 +305,7 @@ void tPTPNode::transition(tPortOperation a_operation, tStatus& a_status)
             m_portDS.setTimerId(index, tPortDS::kNoTimer, a_status);
         }
     }
-    delete pOld;
+    pOld.reset();
     notifyPortStateChange(m_pPort->getState(), oldState);
 }
 
@@ -440,8 +450,8 @@ void tPTPNode::reinitializePort(tStatus& a_status)
     m_networkMaintainer.start(this, a_status);
     if (!m_externalChecks && a_status.isNotFatal())
     {
-        schedulePeriodic(new (a_status) tInitializedCheckEventGenerator(this), 0, kCheckPeriodMs,
-                         a_status);
+        schedulePeriodic(makeOwned<tInitializedCheckEventGenerator>(a_status, this), 0,
+                         kCheckPeriodMs, a_status);
     }
 }
 
@@ -458,7 +468,7 @@ void tPTPNode::handleNetworkFailure(tStatus& a_status)
     stopPortTimers(a_status);
     if (a_status.isNotFatal() && state != kPortStateDisabled && m_automaticRecovery)
     {
-        schedulePeriodic(new (a_status) tNetworkRecoveryEventGenerator(this), 0,
+        schedulePeriodic(makeOwned<tNetworkRecoveryEventGenerator>(a_status, this), 0,
                          kRecoveryPeriodMs, a_status);
     }
 }
@@ -468,8 +478,9 @@ void tPTPNode::prepareSlaveEntry(tStatus& a_status)
     m_syncDelayExchange.reset(a_status);
     if (a_status.isNotFatal() && !m_externalChecks)
     {
-        const u32 id = schedulePeriodic(new (a_status) tMasterClockSelectedCheckEventGenerator(this),
-                                        0, kCheckPeriodMs, a_status);
+        const u32 id =
+            schedulePeriodic(makeOwned<tMasterClockSelectedCheckEventGenerator>(a_status, this), 0,
+                             kCheckPeriodMs, a_status);
         m_portDS.setTimerId(tPortDS::kMasterClockSelectedTimer, id, a_status);
     }
 }
@@ -493,11 +504,10 @@ tStateDecision tPTPNode::getStateDecision(tStatus& a_status)
 
 tForeignMasterDS* tPTPNode::getForeignMasterDS(u16)
 {
-    return m_pForeignMasterDS;
+    return m_pForeignMasterDS.get();
 }
 
-void tPTPNode::handleForeignMasterAnnounceTimeout(const tPortIdentity& a_sender,
-                                                  tStatus& a_status)
+void tPTPNode::handleForeignMasterAnnounceTimeout(const tPortIdentity& a_sender, tStatus& a_status)
 {
     ageForeignMaster(a_sender, *m_pForeignMasterDS, m_bmcOutput, *this, a_status);
 }

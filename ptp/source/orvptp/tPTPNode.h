@@ -54,6 +54,10 @@ public:
     tPTPNode(iPTPPortMessaging* a_pMessaging, iPTPTimestampGenerator* a_pTimestampGenerator,
              iPTPTimekeeper* a_pTimekeeper, const tClockIdentity& a_clockIdentity,
              tStatus& a_status);
+    // The same on a given time base for the timers and the engine's waits.
+    tPTPNode(iPTPPortMessaging* a_pMessaging, iPTPTimestampGenerator* a_pTimestampGenerator,
+             iPTPTimekeeper* a_pTimekeeper, const tClockIdentity& a_clockIdentity,
+             nOrvTarn000::iClock& a_rClock, tStatus& a_status);
     ~tPTPNode() override;
     tPTPNode(const tPTPNode&) = delete;
     tPTPNode& operator=(const tPTPNode&) = delete;
@@ -63,26 +67,27 @@ public:
     void startClock(tStatus& a_status);
     void stopClock(tStatus& a_status);
 
-    bool postEvent(iPTPEvent* a_pEvent, tStatus& a_status);
-    void postEventAndWait(iPTPEvent* a_pEvent, nOrvTarn000::tEvent* a_pDoneEvent,
+    bool postEvent(std::unique_ptr<iPTPEvent> a_pEvent, tStatus& a_status);
+    void postEventAndWait(std::unique_ptr<iPTPEvent> a_pEvent, nOrvTarn000::tEvent* a_pDoneEvent,
                           tStatus& a_status);
     void postInitializedCheck(tStatus& a_status);
     void postMasterClockSelectedCheck(tStatus& a_status);
 
-    // Timers through the node: refused (kNotScheduled) once the node closes;
-    // a refused generator is deleted. Cancelling what has fired or never
+    // Timers through the node, which take the generator: refused
+    // (kNotScheduled) once the node closes. Cancelling what has fired or never
     // existed is no failure.
-    u32 scheduleOnce(iPTPEventGenerator* a_pGenerator, u32 a_delayMs, tStatus& a_status);
-    u32 schedulePeriodic(iPTPEventGenerator* a_pGenerator, u32 a_delayMs, u32 a_periodMs,
-                         tStatus& a_status);
+    u32 scheduleOnce(std::unique_ptr<iPTPEventGenerator> a_pGenerator, u32 a_delayMs,
+                     tStatus& a_status);
+    u32 schedulePeriodic(std::unique_ptr<iPTPEventGenerator> a_pGenerator, u32 a_delayMs,
+                         u32 a_periodMs, tStatus& a_status);
     void cancelScheduled(u32 a_id, tStatus& a_status);
     void stopPortTimers(tStatus& a_status);
     void restartAnnounceReceiptTimeout(tStatus& a_status);
     void armForeignMasterTimeout(const tPortIdentity& a_sender, tStatus& a_status) override;
     void armDelayRequestTimer(tStatus& a_status);
     // Re-arms the periodic timer at a_index with a new period, if it runs.
-    void rearmPeriodic(u32 a_index, iPTPEventGenerator* a_pGenerator, u32 a_periodMs,
-                       tStatus& a_status);
+    void rearmPeriodic(u32 a_index, std::unique_ptr<iPTPEventGenerator> a_pGenerator,
+                       u32 a_periodMs, tStatus& a_status);
 
     // The common start of INITIALIZING: timers, tables and data sets back to
     // their initial state, the network reopened, the initialized check armed.
@@ -223,8 +228,8 @@ public:
     u32 getAnnounceIntervalMs() override;
     u32 getSyncIntervalMs() override;
     tForeignMasterDS* getForeignMasterDS(u16 a_portNumber) override;
-    tPTPDispatcher* getDispatcher() override { return m_pDispatcher; }
-    tTimedEventGenerator* getTimedEventGenerator() override { return m_pTimedEventGenerator; }
+    tPTPDispatcher* getDispatcher() override { return m_pDispatcher.get(); }
+    tTimedEventGenerator* getTimedEventGenerator() override { return m_pTimedEventGenerator.get(); }
     void getCurrentTime(tTimestamp& a_rTime, tStatus& a_status) override;
     void setCurrentTime(const tTimestamp& a_time, tStatus& a_status, i32 a_context) override;
 
@@ -333,10 +338,11 @@ private:
     iPTPPortMessaging* m_pMessaging;
     iPTPTimestampGenerator* m_pTimestampGenerator;
     iPTPTimekeeper* m_pTimekeeper;
-    tPTPDispatcher* m_pDispatcher;
+    std::unique_ptr<tPTPDispatcher> m_pDispatcher;
     tPortNetworkMaintainer m_networkMaintainer;
-    iPTPPort* m_pPort;
-    tForeignMasterDS* m_pForeignMasterDS;
+    // Never null after a good construction.
+    std::unique_ptr<iPTPPort> m_pPort;
+    std::unique_ptr<tForeignMasterDS> m_pForeignMasterDS;
     tSyncDelayExchange m_syncDelayExchange;
     tTimestamp m_syncReceiptTime;
     tBMCOutput m_bmcOutput;
@@ -344,7 +350,7 @@ private:
     bool m_externalChecks;
     bool m_automaticRecovery;
     tDefaultBestMasterClockAlgorithm m_bmcAlgorithm;
-    tTimedEventGenerator* m_pTimedEventGenerator;
+    std::unique_ptr<tTimedEventGenerator> m_pTimedEventGenerator;
     nOrvTarn000::tMutex m_mutex;
     tVector<iPortStateObserver*> m_portStateObservers;
     tVector<iPropertyChangeObserver*> m_propertyObservers;

@@ -487,9 +487,10 @@ void tPTPNode::setLogAnnounceInterval(u16 a_portNumber, i8 a_value, tStatus& a_s
     }
     const u32 intervalMs = getAnnounceIntervalMs();
     rearmPeriodic(tPortDS::kSendAnnounceTimer,
-                  new (a_status) tSendAnnouncePacketEventGenerator(this), intervalMs, a_status);
-    rearmPeriodic(tPortDS::kStateDecisionTimer, new (a_status) tStateDecisionEventGenerator(this),
-                  intervalMs, a_status);
+                  makeOwned<tSendAnnouncePacketEventGenerator>(a_status, this), intervalMs,
+                  a_status);
+    rearmPeriodic(tPortDS::kStateDecisionTimer,
+                  makeOwned<tStateDecisionEventGenerator>(a_status, this), intervalMs, a_status);
     if (m_portDS.getTimerId(tPortDS::kAnnounceReceiptTimer) != tPortDS::kNoTimer)
     {
         restartAnnounceReceiptTimeout(a_status);
@@ -528,8 +529,9 @@ void tPTPNode::setLogSyncInterval(u16 a_portNumber, i8 a_value, tStatus& a_statu
              a_context);
     if (a_status.isNotFatal())
     {
-        rearmPeriodic(tPortDS::kSendSyncTimer, new (a_status) tSendSyncPacketEventGenerator(this),
-                      getSyncIntervalMs(), a_status);
+        rearmPeriodic(tPortDS::kSendSyncTimer,
+                      makeOwned<tSendSyncPacketEventGenerator>(a_status, this), getSyncIntervalMs(),
+                      a_status);
     }
 }
 

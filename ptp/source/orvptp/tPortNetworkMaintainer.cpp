@@ -107,7 +107,7 @@ void tPortNetworkMaintainer::send(void (iPTPPortMessaging::*a_send)(tProtocolDat
 // leaves its failure in a_status.
 void tPortNetworkMaintainer::postNetworkError(tStatus& a_status)
 {
-    m_pDispatcher->postEvent(new (a_status) tSignalNetworkErrorEvent(m_pNode), a_status);
+    m_pDispatcher->postEvent(makeOwned<tSignalNetworkErrorEvent>(a_status, m_pNode), a_status);
 }
 
 void tPortNetworkMaintainer::run(tStatus& a_status)
@@ -116,30 +116,23 @@ void tPortNetworkMaintainer::run(tStatus& a_status)
     {
         return;
     }
-    tProtocolDataUnit* pPacket = nullptr;
-    for (;;)
+    // A failure of the receive or of the post, or no memory for either,
+    // ends the loop; a refused post releases the packet with the event.
+    while (a_status.isNotFatal())
     {
-        // A failure here, or a refused post on the turn before, ends the loop.
-        pPacket = new (a_status) tProtocolDataUnit(a_status);
+        std::unique_ptr<tProtocolDataUnit> pPacket =
+            makeOwned<tProtocolDataUnit>(a_status, a_status);
         if (pPacket != nullptr)
         {
             m_pMessaging->receiveMessage(*pPacket, a_status);
         }
-        tPTPPacketReceivedEvent* pEvent =
-            new (a_status) tPTPPacketReceivedEvent(m_pNode, pPacket);
-        if (pEvent == nullptr)
-        {
-            break;
-        }
-        pPacket = nullptr;
-        // A refused post releases the packet with the event.
-        m_pDispatcher->postEvent(pEvent, a_status);
+        m_pDispatcher->postEvent(
+            makeOwned<tPTPPacketReceivedEvent>(a_status, m_pNode, std::move(pPacket)), a_status);
         if (m_stopping)
         {
             return;
         }
     }
-    delete pPacket;
     if (a_status.getCode() == kStatusCancelled)
     {
         return;

@@ -1,15 +1,13 @@
 #pragma once
 #include "orvptp/iPTPEventGenerator.h"
 #include "orvptp/tPTPDispatcher.h"
-#include "orvtarn/protons/status/tAllocator.h"
 #include "orvtarn/protons/thread/iThread.h"
 #include "orvtarn/protons/thread/tThreadController.h"
-#include "orvtarn/protons/timer/tTimer.h"
-#include "orvtarn/quarks/tEvent.h"
+#include "orvtarn/protons/timer/tClockedEvent.h"
 #include "orvtarn/quarks/tMutex.h"
 
 #include <atomic>
-#include <list>
+#include <memory>
 
 namespace nOrvPTP000
 {
@@ -20,11 +18,15 @@ namespace nOrvPTP000
 // no PTP work, so a slow handler never delays a timer.
 //
 // The timers form a delta list: each record holds the milliseconds after the
-// record before it, the first one the milliseconds after m_timer was last
-// restarted. The list is brought up to date at every change and every turn of
-// the thread. Records with the same expiry keep the order of arming. A
-// periodic timer is re-armed from the moment it fired, so delays of the
-// thread accumulate as drift of its period.
+// record before it, the first one the milliseconds after the list was last
+// brought up to date. The list is brought up to date at every change and
+// every turn of the thread, by whole milliseconds of the clock: the rest
+// carries over, so the list neither runs early nor drifts. Records with the
+// same expiry keep the order of arming. A periodic timer is re-armed from the
+// moment it fired. Records are allocated when armed and linked through
+// themselves: firing and re-arming allocate nothing.
+//
+// Time and waits come from the clock given at construction.
 //
 // Lock order: the node's mutex, then m_mutex, then the dispatcher's mutex.
 // Event generation and posting run on the thread with m_mutex held, so a
@@ -39,20 +41,23 @@ public:
     };
 
     tTimedEventGenerator(tPTPDispatcher* a_pDispatcher, tStatus& a_status);
+    tTimedEventGenerator(tPTPDispatcher* a_pDispatcher, nOrvTarn000::iClock& a_rClock,
+                         tStatus& a_status);
     // Disarms all timers, deletes their generators and joins the thread.
     ~tTimedEventGenerator() override;
     tTimedEventGenerator(const tTimedEventGenerator&) = delete;
     tTimedEventGenerator& operator=(const tTimedEventGenerator&) = delete;
 
     // Arms a timer that first expires after a_delayMs and then every
-    // a_periodMs (0: once). Takes the generator in every case: one that is not
-    // armed is deleted here, so a caller never has to free it. The result is
-    // the timer's id, never 0, or 0 when nothing was armed: after the thread
-    // failed (-52008), on a fatal status, for a null generator (-52005), on
-    // lack of memory (-52000), or while the object is being destroyed (no
-    // failure then).
-    u32 add(iPTPEventGenerator* a_pGenerator, u32 a_delayMs, u32 a_periodMs, tStatus& a_status);
-    u32 addOneShot(iPTPEventGenerator* a_pGenerator, u32 a_delayMs, tStatus& a_status);
+    // a_periodMs (0: once), and takes the generator in every case. The result
+    // is the timer's id, never 0, or 0 when nothing was armed: after the
+    // thread failed (-52008), on a fatal status, for a null generator
+    // (-52005), on lack of memory (-52000), or while the object is being
+    // destroyed (no failure then).
+    u32 add(std::unique_ptr<iPTPEventGenerator> a_pGenerator, u32 a_delayMs, u32 a_periodMs,
+            tStatus& a_status);
+    u32 addOneShot(std::unique_ptr<iPTPEventGenerator> a_pGenerator, u32 a_delayMs,
+                   tStatus& a_status);
 
     // Disarms a timer and deletes its generator. An id that is not armed (never
     // given, removed, or a one-shot that has fired) gives -52010.
@@ -71,37 +76,34 @@ private:
 
     struct tTimerRecord
     {
+        std::unique_ptr<tTimerRecord> m_pNext;
+        std::unique_ptr<iPTPEventGenerator> m_pGenerator;
         u32 m_id;
-        iPTPEventGenerator* m_pGenerator; // owned
         u32 m_deltaMs;
         u32 m_periodMs; // 0: one-shot
     };
-    typedef std::list<tTimerRecord, nOrvTarn000::tAllocator<tTimerRecord>> tTimerList;
 
     // All below run with m_mutex held.
-    u64 restartTimer(tStatus& a_status);
-    bool insert(u32 a_id, iPTPEventGenerator* a_pGenerator, u32 a_delayMs, u32 a_periodMs,
-                tStatus& a_status);
-    bool removeRecord(u32 a_id, bool a_deleteGenerator);
+    // The whole milliseconds since the list was last brought up to date, which
+    // they are taken off the head's delta; a due head keeps delta 0.
+    void catchUp(tStatus& a_status);
+    void insert(std::unique_ptr<tTimerRecord> a_pRecord, u32 a_delayMs);
+    std::unique_ptr<tTimerRecord> unlink(u32 a_id);
     void fireDue(tStatus& a_status);
-    void deleteAll();
 
     tPTPDispatcher* m_pDispatcher;
-    tTimerList m_timers;
+    nOrvTarn000::iClock& m_rClock;
+    std::unique_ptr<tTimerRecord> m_pFirst;
     nOrvTarn000::tMutex m_mutex;
-    nOrvTarn000::tEvent m_wakeEvent;
+    nOrvTarn000::tClockedEvent m_wakeEvent;
     nOrvTarn000::tThreadController m_thread;
     tStatus m_threadStatus;
-    nOrvTarn000::tTimer m_timer;
+    // Clock reading the delta list counts from.
+    u64 m_baseNs;
     // Written under m_mutex; atomic because the thread tests them between locks.
-    std::atomic<i32> m_state; // kBeingDestroyed or 0
+    std::atomic<bool> m_beingDestroyed;
     u32 m_nextId;
     std::atomic<bool> m_failed;
-
-    enum : i32
-    {
-        kBeingDestroyed = 2
-    };
 };
 
 } // namespace nOrvPTP000

@@ -195,7 +195,9 @@ bool tSimNode::runOnDispatcher(const std::function<void(tPTPNode&, tStatus&)>& a
     }
     std::shared_ptr<tCompletion> pCompletion(new tCompletion);
     tStatus postStatus;
-    if (!m_pNode->postEvent(new tCallEvent(m_pNode.get(), pCompletion, a_work), postStatus))
+    if (!m_pNode->postEvent(
+            std::unique_ptr<iPTPEvent>(new tCallEvent(m_pNode.get(), pCompletion, a_work)),
+            postStatus))
     {
         a_status.mergeFrom(postStatus);
         return false;
@@ -218,18 +220,18 @@ void tSimNode::setProperty(i32 a_id, void* a_pValue, tStatus& a_status)
 {
     tEvent done(a_status);
     void* values[1] = {a_pValue};
-    m_pNode->postEventAndWait(
-        new (a_status) tSetDatasetEvent(m_pNode.get(), a_id, values, 1, 1, &done, &a_status), &done,
-        a_status);
+    m_pNode->postEventAndWait(nOrvTarn000::makeOwned<tSetDatasetEvent>(
+                                  a_status, m_pNode.get(), a_id, values, 1, 1, &done, &a_status),
+                              &done, a_status);
 }
 
 void tSimNode::getProperty(i32 a_id, void* a_pValue, tStatus& a_status)
 {
     tEvent done(a_status);
     void* values[1] = {a_pValue};
-    m_pNode->postEventAndWait(
-        new (a_status) tGetDatasetEvent(m_pNode.get(), a_id, values, 1, 1, &done, &a_status), &done,
-        a_status);
+    m_pNode->postEventAndWait(nOrvTarn000::makeOwned<tGetDatasetEvent>(
+                                  a_status, m_pNode.get(), a_id, values, 1, 1, &done, &a_status),
+                              &done, a_status);
 }
 
 u8 tSimNode::getState()

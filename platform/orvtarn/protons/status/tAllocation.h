@@ -2,6 +2,8 @@
 #include "orvtarn/protons/status/tStatus.h"
 
 #include <cstddef>
+#include <memory>
+#include <utility>
 
 namespace nOrvTarn000
 {
@@ -28,3 +30,16 @@ void* operator new[](std::size_t a_size, nOrvTarn000::tStatus& a_status,
                      bool a_locked = false) noexcept;
 void operator delete(void* a_pBlock, nOrvTarn000::tStatus&, bool) noexcept;
 void operator delete[](void* a_pBlock, nOrvTarn000::tStatus&, bool) noexcept;
+
+namespace nOrvTarn000
+{
+
+// A T owned by the caller, made with the status-taking allocation: null when
+// the status is fatal on entry or memory is exhausted (kStatusMemoryFull).
+template <typename T, typename... tArgs>
+std::unique_ptr<T> makeOwned(tStatus& a_status, tArgs&&... a_args)
+{
+    return std::unique_ptr<T>(new (a_status) T(std::forward<tArgs>(a_args)...));
+}
+
+} // namespace nOrvTarn000

@@ -8,6 +8,7 @@
 namespace nOrvPTP000
 {
 
+using nOrvTarn000::makeOwned;
 using nOrvTarn000::tStatus;
 
 tPTPInitializingPort::tPTPInitializingPort(tPTPNode* a_pNode,
@@ -21,13 +22,14 @@ tPTPInitializingPort::tPTPInitializingPort(tPTPNode* a_pNode,
 // The clock is ready: the state decisions start, at the announce interval.
 iPTPPort* tPTPInitializingPort::handleInitializedCheck(tStatus& a_status)
 {
-    iPTPEventGenerator* pGenerator = new (a_status) tStateDecisionEventGenerator(m_pNode);
+    std::unique_ptr<iPTPEventGenerator> pGenerator =
+        makeOwned<tStateDecisionEventGenerator>(a_status, m_pNode);
     if (pGenerator == nullptr)
     {
         return this;
     }
     const u32 interval = m_pNode->getAnnounceIntervalMs();
-    const u32 id = m_pNode->schedulePeriodic(pGenerator, interval, interval, a_status);
+    const u32 id = m_pNode->schedulePeriodic(std::move(pGenerator), interval, interval, a_status);
     m_pPortDS->setTimerId(tPortDS::kStateDecisionTimer, id, a_status);
     return enter<tPTPListeningPort>(a_status);
 }

@@ -7,6 +7,7 @@
 namespace nOrvPTP000
 {
 
+using nOrvTarn000::makeOwned;
 using nOrvTarn000::tStatus;
 
 namespace
@@ -29,28 +30,27 @@ tPTPMasterPort::tPTPMasterPort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNet
     {
         return;
     }
-    iPTPEventGenerator* pAnnounce = new (a_status) tSendAnnouncePacketEventGenerator(m_pNode);
-    iPTPEventGenerator* pSync = new (a_status) tSendSyncPacketEventGenerator(m_pNode);
+    std::unique_ptr<iPTPEventGenerator> pAnnounce =
+        makeOwned<tSendAnnouncePacketEventGenerator>(a_status, m_pNode);
+    std::unique_ptr<iPTPEventGenerator> pSync =
+        makeOwned<tSendSyncPacketEventGenerator>(a_status, m_pNode);
     if (a_status.isFatal())
     {
-        delete pAnnounce;
-        delete pSync;
         return;
     }
     // The first Announce and the first Sync go out at once.
-    const u32 announceId = m_pNode->schedulePeriodic(pAnnounce, 0, announceMs, a_status);
+    const u32 announceId = m_pNode->schedulePeriodic(std::move(pAnnounce), 0, announceMs, a_status);
     if (a_status.isFatal() || announceId == tPTPNode::kNotScheduled)
     {
-        delete pSync;
         return;
     }
     m_pPortDS->setTimerId(tPortDS::kSendAnnounceTimer, announceId, a_status);
-    const u32 syncId = m_pNode->schedulePeriodic(pSync, 0, syncMs, a_status);
+    const u32 syncId = m_pNode->schedulePeriodic(std::move(pSync), 0, syncMs, a_status);
     if (a_status.isFatal() || syncId == tPTPNode::kNotScheduled)
     {
-        tStatus cleanUp;
-        m_pNode->cancelScheduled(announceId, cleanUp);
-        m_pPortDS->setTimerId(tPortDS::kSendAnnounceTimer, tPortDS::kNoTimer, cleanUp);
+        tStatus cleanUpStatus;
+        m_pNode->cancelScheduled(announceId, cleanUpStatus);
+        m_pPortDS->setTimerId(tPortDS::kSendAnnounceTimer, tPortDS::kNoTimer, cleanUpStatus);
         return;
     }
     m_pPortDS->setTimerId(tPortDS::kSendSyncTimer, syncId, a_status);

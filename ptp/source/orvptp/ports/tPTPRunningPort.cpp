@@ -11,6 +11,7 @@
 namespace nOrvPTP000
 {
 
+using nOrvTarn000::makeOwned;
 using nOrvTarn000::tStatus;
 
 iPTPPort* tPTPRunningPort::handleStopClock(tStatus& a_status)
@@ -76,12 +77,14 @@ iPTPPort* tPTPOperationalPort::followMaster(const tStateDecision& a_decision, tS
 
 iPTPPort* tPTPOperationalPort::recalibrate(tStatus& a_status)
 {
-    iPTPEventGenerator* pCheck = new (a_status) tMasterClockSelectedCheckEventGenerator(m_pNode);
+    std::unique_ptr<iPTPEventGenerator> pCheck =
+        makeOwned<tMasterClockSelectedCheckEventGenerator>(a_status, m_pNode);
     if (pCheck == nullptr)
     {
         return this;
     }
-    const u32 id = m_pNode->schedulePeriodic(pCheck, 0, tPTPNode::kCheckPeriodMs, a_status);
+    const u32 id =
+        m_pNode->schedulePeriodic(std::move(pCheck), 0, tPTPNode::kCheckPeriodMs, a_status);
     m_pPortDS->setTimerId(tPortDS::kMasterClockSelectedTimer, id, a_status);
     return enter<tPTPUncalibratedPort>(a_status);
 }
