@@ -1,12 +1,11 @@
 // The typed view on a source's file: where the file lies, how each type reads
 // and what a failure becomes. The files live under a root of the test's own.
 #include "tStaticAttributes.h"
-#include "tTempDirectory.h"
+#include "tAttributeRoot.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <sys/stat.h>
 
 using nOrvTarn000::tStatus;
 using nOrvTarn000::tString;
@@ -22,24 +21,10 @@ const char kRootVariable[] = "ZM_PTP_ROOT";
 class StaticAttributes : public testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        setenv(kRootVariable, m_root.path().c_str(), 1);
-        const std::string directory = m_root.path() + "/orv-rt/system/zelmar";
-        mkdir((m_root.path() + "/orv-rt").c_str(), 0755);
-        mkdir((m_root.path() + "/orv-rt/system").c_str(), 0755);
-        mkdir(directory.c_str(), 0755);
-        m_path = directory + "/zelmar-ptp.ini";
-    }
-    void TearDown() override { unsetenv(kRootVariable); }
+    void writeEntry(const std::string& a_line) { m_root.writeEntries("ptp", a_line + "\r\n"); }
 
-    void writeEntry(const std::string& a_line)
-    {
-        writeFile(m_path, "[ZELMAR]\r\n" + a_line + "\r\n");
-    }
-
-    nTestFiles::tTempDirectory m_root;
-    std::string m_path;
+    nTestFiles::tAttributeRoot m_root;
+    const std::string m_path = m_root.file("ptp");
 };
 
 struct tReadCase
@@ -168,14 +153,14 @@ TEST_F(StaticAttributes, UnusableFilesGiveDefaultsWithACleanStatus)
 
 TEST_F(StaticAttributes, SaveIntoAMissingDirectoryFailsAndCreatesNothing)
 {
-    setenv(kRootVariable, (m_root.path() + "/elsewhere").c_str(), 1);
+    setenv(kRootVariable, (m_root.root().path() + "/elsewhere").c_str(), 1);
     tStatus status;
     tStaticAttributes attributes("ptp", status);
     attributes.putU32("PriorityOne", 1, status);
     EXPECT_EQ(0, status.getCode());
     attributes.save(status);
     EXPECT_EQ(-52003, status.getCode());
-    EXPECT_EQ(std::set<std::string>{"orv-rt"}, m_root.names());
+    EXPECT_EQ(std::set<std::string>{"orv-rt"}, m_root.root().names());
 }
 
 TEST_F(StaticAttributes, FatalStatusDoesNothing)
