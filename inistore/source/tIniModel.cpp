@@ -107,8 +107,8 @@ bool namesEqual(const char* a_pLeft, const char* a_pRight)
     }
     for (;; ++a_pLeft, ++a_pRight)
     {
-        if (std::toupper(static_cast<unsigned char>(*a_pLeft)) !=
-            std::toupper(static_cast<unsigned char>(*a_pRight)))
+        if (*a_pLeft != *a_pRight && std::toupper(static_cast<unsigned char>(*a_pLeft)) !=
+                                         std::toupper(static_cast<unsigned char>(*a_pRight)))
         {
             return false;
         }

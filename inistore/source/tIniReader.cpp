@@ -68,16 +68,17 @@ public:
 
     i32 feed(const char* a_pBytes, std::size_t a_count)
     {
-        for (std::size_t index = 0; index < a_count; ++index)
+        std::size_t index = 0;
+        while (index < a_count)
         {
             const char byte = a_pBytes[index];
             const bool paired = m_pairedEnd != kNoEnd && byte == m_pairedEnd;
             m_pairedEnd = kNoEnd;
             if (paired)
             {
-                continue;
+                ++index;
             }
-            if (byte == '\n' || byte == '\r' || byte == '\0')
+            else if (isLineEnd(byte))
             {
                 const i32 result = endLine();
                 if (result != kIniSuccess)
@@ -85,10 +86,19 @@ public:
                     return result;
                 }
                 m_pairedEnd = byte == '\n' ? int('\r') : byte == '\r' ? int('\n') : int(kNoEnd);
+                ++index;
             }
-            else if (!m_line.append(byte))
+            else
             {
-                return kIniOutOfMemory;
+                const std::size_t start = index;
+                while (index < a_count && !isLineEnd(a_pBytes[index]))
+                {
+                    ++index;
+                }
+                if (!m_line.append(a_pBytes + start, index - start))
+                {
+                    return kIniOutOfMemory;
+                }
             }
         }
         return kIniSuccess;
@@ -97,6 +107,11 @@ public:
     i32 finish() { return m_line.m_length > 0 ? endLine() : kIniSuccess; }
 
 private:
+    static bool isLineEnd(char a_byte)
+    {
+        return a_byte == '\n' || a_byte == '\r' || a_byte == '\0';
+    }
+
     i32 endLine()
     {
         ++m_lineNumber;
