@@ -1,28 +1,24 @@
 // Reading ini files: the text format, the byte order marks and the result
 // codes of files that cannot be read. A read never changes the file.
 #include "tIniFileSystem.h"
-#include "tIniText.h"
+#include "tIniTestText.h"
 #include "tTempDirectory.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <memory>
 #include <sys/stat.h>
 #include <vector>
 
+using nTestFiles::getString;
 using nTestFiles::readFile;
 using nTestFiles::tTempDirectory;
 using nTestFiles::writeFile;
 
+using nTestFiles::tTextPointer;
+
 namespace
 {
-
-struct tTextDeleter
-{
-    void operator()(tIniText* a_pText) const { iniDispose(a_pText); }
-};
-typedef std::unique_ptr<tIniText, tTextDeleter> tTextPointer;
 
 struct tLookup
 {
@@ -40,21 +36,14 @@ struct tFormatCase
     std::vector<tLookup> m_lookups;
 };
 
-std::string getString(tIniText* a_pText, const char* a_pSection, const char* a_pTag, i32& a_rResult)
-{
-    char buffer[4096];
-    a_rResult = iniGetString(a_pText, a_pSection, a_pTag, buffer, sizeof(buffer));
-    return buffer;
-}
-
-// Reads a_content from a file, checks the result and that the file is as it was.
-tTextPointer readContent(const std::string& a_content, i32 a_expected = kIniSuccess)
+// Reads a_content from a file, checks that it reads and that the file is as it was.
+tTextPointer readContent(const std::string& a_content)
 {
     tTempDirectory directory;
     const std::string path = directory.file("read.ini");
     writeFile(path, a_content);
     tTextPointer pText(iniNew());
-    EXPECT_EQ(a_expected, iniReadFromFile(pText.get(), path.c_str()));
+    EXPECT_EQ(kIniSuccess, iniReadFromFile(pText.get(), path.c_str()));
     EXPECT_EQ(a_content, readFile(path)) << "a read changed the file";
     return pText;
 }
@@ -110,6 +99,10 @@ const std::vector<tFormatCase>& formatCases()
          {{"s", "a", 1, "x"}, {"s", "b", 1, "yz"}, {"s", "c Line99999999999999999999", 1, "w"}}},
         {"Utf8MarkIsSkipped", "\xEF\xBB\xBF[s]\r\na = 1\r\n", -1, {{"s", "a", 1, "1"}}},
         {"ShortFilesWithoutLineEnd", "[s]", -1, {{"s", "a", 0, ""}}},
+        {"LongLineReadsWhole",
+         "[s]\r\nlong = " + std::string(100000, 'v') + "\r\nnext = 1\r\n",
+         -1,
+         {{"s", "long", 1, std::string(100000, 'v')}, {"s", "next", 1, "1"}}},
         {"TruncatedInsideQuotedValue",
          "[s]\r\na = 1\r\nb = \"half",
          -1,
@@ -141,17 +134,6 @@ TEST_P(IniFormat, ReadsAsDocumented)
 INSTANTIATE_TEST_SUITE_P(Cases, IniFormat, testing::ValuesIn(formatCases()),
                          [](const testing::TestParamInfo<tFormatCase>& a_info)
                          { return std::string(a_info.param.m_pName); });
-
-TEST(IniRead, LongLineReadsWhole)
-{
-    const std::string value(100000, 'v');
-    tTextPointer pText = readContent("[s]\r\nlong = " + value + "\r\nnext = 1\r\n");
-    i32 result = 0;
-    char buffer[100001];
-    EXPECT_EQ(1, iniGetString(pText.get(), "s", "long", buffer, sizeof(buffer)));
-    EXPECT_EQ(value, buffer);
-    EXPECT_EQ("1", getString(pText.get(), "s", "next", result));
-}
 
 TEST(IniRead, MultiByteMarksRefuseTheFileAndKeepTheText)
 {

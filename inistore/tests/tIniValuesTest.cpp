@@ -1,22 +1,17 @@
 // Typed gets and puts on a text in memory.
-#include "tIniText.h"
+#include "tIniTestText.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <cstring>
 #include <limits>
-#include <memory>
 #include <string>
+
+using nTestFiles::tTextPointer;
 
 namespace
 {
-
-struct tTextDeleter
-{
-    void operator()(tIniText* a_pText) const { iniDispose(a_pText); }
-};
-typedef std::unique_ptr<tIniText, tTextDeleter> tTextPointer;
 
 // A text with one entry "s"/"v" whose stored value is a_pValue: a string put
 // stores its value quoted, so numbers go in through iniPutString as well.

@@ -1,13 +1,12 @@
 // Writing ini files: the exact text form, and a target that survives every
 // failure of the write byte for byte, with no temporary file left behind.
 #include "tIniFileSystem.h"
-#include "tIniText.h"
+#include "tIniTestText.h"
 #include "tTempDirectory.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <memory>
 #include <sstream>
 #include <sys/stat.h>
 
@@ -15,14 +14,10 @@ using nTestFiles::readFile;
 using nTestFiles::tTempDirectory;
 using nTestFiles::writeFile;
 
+using nTestFiles::tTextPointer;
+
 namespace
 {
-
-struct tTextDeleter
-{
-    void operator()(tIniText* a_pText) const { iniDispose(a_pText); }
-};
-typedef std::unique_ptr<tIniText, tTextDeleter> tTextPointer;
 
 const char kOldContent[] = "[old]\r\nkept = 1\r\n\r\n";
 
@@ -64,13 +59,6 @@ public:
     explicit tFaultScope(tFault& a_rFault) { nIniFileSystem::setFaultHook(injectFault, &a_rFault); }
     ~tFaultScope() { nIniFileSystem::setFaultHook(nullptr, nullptr); }
 };
-
-std::string operationName(nIniFileSystem::tOperation a_operation)
-{
-    static const char* const kNames[] = {"open", "create", "attach", "write", "flush",
-                                         "sync", "close",  "mode",   "rename"};
-    return kNames[a_operation];
-}
 
 } // namespace
 
@@ -137,7 +125,8 @@ TEST(IniWrite, FailuresLeaveTheOldFileAndNoTemporary)
     };
     for (tFault& fault : faults)
     {
-        SCOPED_TRACE(operationName(fault.m_operation) + " #" + std::to_string(fault.m_count));
+        SCOPED_TRACE("operation " + std::to_string(fault.m_operation) + " call " +
+                     std::to_string(fault.m_count));
         tTempDirectory directory;
         const std::string path = directory.file("zelmar-ptp.ini");
         writeFile(path, kOldContent);

@@ -207,16 +207,6 @@ TEST_F(PtpClockAttributes, TheTtlAndTheUtcOffsetFlag)
     }
 }
 
-TEST_F(PtpClockAttributes, StringsKeepTheirFirst255Characters)
-{
-    const std::string longText(300, 'n');
-    i32 code = 0;
-    const tPtpClockAttributes attributes =
-        readFrom("source.ptp.UserDescriptionName = \"" + longText + "\"\r\n", code);
-    EXPECT_EQ(longText.substr(0, 255), attributes.m_userDescriptionName.c_str());
-    EXPECT_EQ(0, code);
-}
-
 TEST_F(PtpClockAttributes, MacAddressTextsAndTheClockIdentity)
 {
     const tBytes address = {0x00, 0x1B, 0x21, 0xAB, 0xCD, 0xEF};
