@@ -179,7 +179,10 @@ void BM_IniWrite(benchmark::State& a_state)
 {
     tFixture fixture;
     tIniText* pText = iniNew();
-    iniReadFromFile(pText, fixture.m_path.c_str());
+    if (iniReadFromFile(pText, fixture.m_path.c_str()) != kIniSuccess)
+    {
+        a_state.SkipWithError("the file does not read");
+    }
     for (auto _ : a_state)
     {
         if (iniWriteToFile(pText, fixture.m_path.c_str()) != kIniSuccess)

@@ -32,23 +32,25 @@ typedef int (*tFaultHook)(tOperation a_operation, void* a_pContext);
 void setFaultHook(tFaultHook a_hook, void* a_pContext);
 
 bool exists(const char* a_pPath);
-std::FILE* open(const char* a_pPath, const char* a_pMode);
+[[nodiscard]] std::FILE* open(const char* a_pPath, const char* a_pMode);
 // Creates the file exclusively for writing; its descriptor, or -1 with errno
 // EEXIST when the name is taken.
-int createNew(const char* a_pPath);
+[[nodiscard]] int createNew(const char* a_pPath);
 // A stream that writes to the descriptor and owns it; null when there is
 // none, and the descriptor is closed then.
-std::FILE* attach(int a_descriptor);
+[[nodiscard]] std::FILE* attach(int a_descriptor);
 // Reads up to a_size bytes; false on a read error (not at the end of file).
-bool read(std::FILE* a_pFile, void* a_pBuffer, std::size_t a_size, std::size_t& a_rCount);
-bool write(std::FILE* a_pFile, const void* a_pData, std::size_t a_size);
-bool flush(std::FILE* a_pFile);
-bool sync(std::FILE* a_pFile);
+[[nodiscard]] bool read(std::FILE* a_pFile, void* a_pBuffer, std::size_t a_size,
+                        std::size_t& a_rCount);
+[[nodiscard]] bool write(std::FILE* a_pFile, const void* a_pData, std::size_t a_size);
+[[nodiscard]] bool flush(std::FILE* a_pFile);
+[[nodiscard]] bool sync(std::FILE* a_pFile);
+// Close and remove serve clean-up paths too, where their results do not count.
 bool close(std::FILE* a_pFile);
 // Gives a_pFile the permission bits of the file at a_pModel, if that exists.
-bool keepMode(std::FILE* a_pFile, const char* a_pModel);
+[[nodiscard]] bool keepMode(std::FILE* a_pFile, const char* a_pModel);
 bool remove(const char* a_pPath);
-bool rename(const char* a_pFrom, const char* a_pTo);
+[[nodiscard]] bool rename(const char* a_pFrom, const char* a_pTo);
 // Makes a rename in the directory durable. Best effort: the new file is
 // complete whether or not this succeeds.
 void syncDirectory(const char* a_pDirectory);

@@ -35,7 +35,7 @@ enum : i32
 };
 
 // An empty text; null when memory is exhausted.
-tIniText* iniNew();
+[[nodiscard]] tIniText* iniNew();
 // Frees the text and all it holds. Null is ignored.
 void iniDispose(tIniText* a_pText);
 
@@ -43,33 +43,37 @@ void iniDispose(tIniText* a_pText);
 // read (no file, no access, a UTF-16 or UTF-32 mark) leaves the text as it
 // was; a later one leaves it as far as the reading got. Lines that do not
 // parse are skipped, and the first one's number is kept (iniGetFirstBadLine).
-i32 iniReadFromFile(tIniText* a_pText, const char* a_pPath);
+[[nodiscard]] i32 iniReadFromFile(tIniText* a_pText, const char* a_pPath);
 // Writes the text to a temporary file "ini$$<n>.TMP" beside a_pPath, syncs it
 // to disk, gives it the old file's permissions and renames it over a_pPath,
 // then syncs the directory. On any failure the old file is left as it was and
 // the temporary file is removed; the text in memory never changes. After a
 // failed read or write errno holds the cause.
-i32 iniWriteToFile(tIniText* a_pText, const char* a_pPath);
+[[nodiscard]] i32 iniWriteToFile(tIniText* a_pText, const char* a_pPath);
 
 // Numbers: white space, at most one '+', decimal digits, white space.
-i32 iniGetU32(tIniText* a_pText, const char* a_pSection, const char* a_pTag, u32* a_pValue);
+[[nodiscard]] i32 iniGetU32(tIniText* a_pText, const char* a_pSection, const char* a_pTag,
+                            u32* a_pValue);
 // "Inf", "+Inf" and "-Inf" in any case, or a text that strtod takes whole
 // without a range error.
-i32 iniGetF64(tIniText* a_pText, const char* a_pSection, const char* a_pTag, f64* a_pValue);
+[[nodiscard]] i32 iniGetF64(tIniText* a_pText, const char* a_pSection, const char* a_pTag,
+                            f64* a_pValue);
 // "True" gives 1 and "False" 0, in any case.
-i32 iniGetBool(tIniText* a_pText, const char* a_pSection, const char* a_pTag, i32* a_pValue);
+[[nodiscard]] i32 iniGetBool(tIniText* a_pText, const char* a_pSection, const char* a_pTag,
+                             i32* a_pValue);
 // The value with its escapes undone, cut to a_size - 1 characters; the empty
 // text when nothing was found. A quoted value is found even when empty.
-i32 iniGetString(tIniText* a_pText, const char* a_pSection, const char* a_pTag, char* a_pBuffer,
-                 i32 a_size);
+[[nodiscard]] i32 iniGetString(tIniText* a_pText, const char* a_pSection, const char* a_pTag,
+                               char* a_pBuffer, i32 a_size);
 
 // Puts add a missing section at the end of the text and a missing tag at the
 // end of its section; an existing tag gets the new value. An empty or null
 // section name or tag gives kIniEmptyName.
-i32 iniPutU32(tIniText* a_pText, const char* a_pSection, const char* a_pTag, u32 a_value);
+[[nodiscard]] i32 iniPutU32(tIniText* a_pText, const char* a_pSection, const char* a_pTag,
+                            u32 a_value);
 // Escaped and quoted; a null value counts as empty.
-i32 iniPutString(tIniText* a_pText, const char* a_pSection, const char* a_pTag,
-                 const char* a_pValue);
+[[nodiscard]] i32 iniPutString(tIniText* a_pText, const char* a_pSection, const char* a_pTag,
+                               const char* a_pValue);
 
 // The number of the first line of the last read that did not parse; -1 if none.
 i32 iniGetFirstBadLine(const tIniText* a_pText);
