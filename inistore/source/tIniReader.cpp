@@ -4,7 +4,6 @@
 #include "tIniStream.h"
 
 #include <cerrno>
-#include <climits>
 #include <cstdlib>
 #include <cstring>
 
@@ -61,11 +60,6 @@ class tLineParser
 public:
     explicit tLineParser(tIniText& a_rText) : m_rText(a_rText) {}
 
-    enum : int
-    {
-        kNoEnd = -1
-    };
-
     i32 feed(const char* a_pBytes, std::size_t a_count)
     {
         std::size_t index = 0;
@@ -107,6 +101,11 @@ public:
     i32 finish() { return m_line.m_length > 0 ? endLine() : kIniSuccess; }
 
 private:
+    enum : int
+    {
+        kNoEnd = -1
+    };
+
     static bool isLineEnd(char a_byte)
     {
         return a_byte == '\n' || a_byte == '\r' || a_byte == '\0';
