@@ -137,7 +137,7 @@ TEST_F(MeasurementScenarioTest, ATransparentClocksResidenceTimeIsTakenOut)
     // each Delay_Req for 3000 ns, and adds that to their correctionField.
     // The half nanosecond is dropped, as corrections count whole nanoseconds
     // rounded down; the master copies the Delay_Req's correction into its
-    // Delay_Resp.
+    // Delay_Resp. The Follow_Up is held as long: it never overtakes its Sync.
     m_network.setInFlightHook(
         [](tInFlight& a_rCopy)
         {
@@ -146,6 +146,10 @@ TEST_F(MeasurementScenarioTest, ATransparentClocksResidenceTimeIsTakenOut)
             {
                 setCorrectionField(a_rCopy.m_bytes,
                                    correctionFieldOf(a_rCopy.m_bytes) + 5000 * kScale + kScale / 2);
+                a_rCopy.m_extraDelayNs = 5000;
+            }
+            else if (type == 8)
+            {
                 a_rCopy.m_extraDelayNs = 5000;
             }
             else if (type == 1)

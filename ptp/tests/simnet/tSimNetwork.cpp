@@ -190,12 +190,15 @@ bool tSimNetwork::tKey::operator<(const tKey& a_other) const
     return std::memcmp(m_source, a_other.m_source, sizeof(m_source)) < 0;
 }
 
-tSimNetwork::tSimNetwork(u64 a_lossSeed)
-    : m_start(tClock::now()), m_generation(0), m_random(a_lossSeed), m_defaultDelayNs(0)
-{
-}
+tSimNetwork::tSimNetwork(u64 a_lossSeed) : m_random(a_lossSeed), m_defaultDelayNs(0) {}
 
-tSimNetwork::~tSimNetwork() = default;
+tSimNetwork::~tSimNetwork()
+{
+    for (const std::unique_ptr<tEndpoint>& pEndpoint : m_endpoints)
+    {
+        m_clock.forget(*pEndpoint->m_pArrival);
+    }
+}
 
 u32 tSimNetwork::addEndpoint(i64 a_clockOffsetNs, i64 a_rateppb)
 {
@@ -207,6 +210,8 @@ u32 tSimNetwork::addEndpoint(i64 a_clockOffsetNs, i64 a_rateppb)
     pEndpoint->m_pMessaging.reset(new tSimMessaging(*this, id));
     pEndpoint->m_pTimestamps.reset(new tSimTimestamps(*this, id));
     pEndpoint->m_pTimekeeper.reset(new tSimTimekeeper(*this, id));
+    tStatus eventStatus;
+    pEndpoint->m_pArrival.reset(new tEvent(true, false, nullptr, eventStatus));
     for (u32 other = 0; other < id; ++other)
     {
         m_links[std::make_pair(other, id)] = tLink{m_defaultDelayNs, 0.0};
@@ -245,9 +250,9 @@ tSimTimekeeper* tSimNetwork::getTimekeeper(u32 a_id)
     return endpoint(a_id).m_pTimekeeper.get();
 }
 
-i64 tSimNetwork::now() const
+i64 tSimNetwork::now()
 {
-    return std::chrono::duration_cast<std::chrono::nanoseconds>(tClock::now() - m_start).count();
+    return static_cast<i64>(m_clock.now());
 }
 
 tTimestamp tSimNetwork::clockAtLocked(const tEndpoint& a_endpoint, i64 a_t) const
@@ -308,7 +313,6 @@ void tSimNetwork::setConnected(u32 a_id, bool a_connected)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     endpoint(a_id).m_connected = a_connected;
-    changedLocked();
 }
 
 void tSimNetwork::setInFlightHook(tInFlightHook a_hook)
@@ -320,8 +324,9 @@ void tSimNetwork::setInFlightHook(tInFlightHook a_hook)
 void tSimNetwork::failNextReceive(u32 a_id)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
-    endpoint(a_id).m_failReceive = true;
-    changedLocked();
+    tEndpoint& e = endpoint(a_id);
+    e.m_failReceive = true;
+    wakeLocked(e);
 }
 
 void tSimNetwork::setPortStateHeld(u32 a_id, bool a_held)
@@ -360,12 +365,6 @@ u32 tSimNetwork::getPendingCount(u32 a_id)
     return static_cast<u32>(endpoint(a_id).m_queue.size());
 }
 
-bool tSimNetwork::isReceiving(u32 a_id)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return endpoint(a_id).m_receiving;
-}
-
 std::vector<tSample> tSimNetwork::getSamples(u32 a_id)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
@@ -380,39 +379,13 @@ std::vector<tTimestamp> tSimNetwork::getSteps(u32 a_id)
 
 bool tSimNetwork::waitUntil(const std::function<bool()>& a_condition, tBound a_bound)
 {
-    const tClock::time_point deadline = tClock::now() + a_bound;
-    std::unique_lock<std::mutex> lock(m_mutex);
-    for (;;)
-    {
-        const u64 generation = m_generation;
-        lock.unlock();
-        if (a_condition())
-        {
-            return true;
-        }
-        lock.lock();
-        while (m_generation == generation)
-        {
-            if (m_changed.wait_until(lock, deadline) == std::cv_status::timeout &&
-                m_generation == generation)
-            {
-                lock.unlock();
-                return a_condition();
-            }
-        }
-    }
+    return m_clock.runUntil(a_condition,
+                            static_cast<u64>(std::chrono::nanoseconds(a_bound).count()));
 }
 
-void tSimNetwork::touch()
+void tSimNetwork::wakeLocked(tEndpoint& a_rEndpoint)
 {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    changedLocked();
-}
-
-void tSimNetwork::changedLocked()
-{
-    ++m_generation;
-    m_changed.notify_all();
+    m_clock.signal(*a_rEndpoint.m_pArrival);
 }
 
 bool tSimNetwork::makeKey(const u8* a_pData, u32 a_length, tKey& a_rKey)
@@ -471,7 +444,6 @@ void tSimNetwork::open(u32 a_id, tStatus& a_status)
     e.m_cancelled = false;
     e.m_queue.clear();
     ++e.m_openCount;
-    changedLocked();
 }
 
 void tSimNetwork::close(u32 a_id)
@@ -480,7 +452,7 @@ void tSimNetwork::close(u32 a_id)
     tEndpoint& e = endpoint(a_id);
     e.m_open = false;
     e.m_queue.clear();
-    changedLocked();
+    wakeLocked(e);
 }
 
 void tSimNetwork::send(u32 a_id, tProtocolDataUnit& a_rPdu, bool a_event, tStatus& a_status)
@@ -538,9 +510,9 @@ void tSimNetwork::send(u32 a_id, tProtocolDataUnit& a_rPdu, bool a_event, tStatu
                 target.m_queue.begin(), target.m_queue.end(), datagram.m_due,
                 [](i64 a_due, const tDatagram& a_other) { return a_due < a_other.m_due; });
             target.m_queue.insert(at, std::move(datagram));
+            wakeLocked(target);
         }
     }
-    changedLocked();
 }
 
 void tSimNetwork::receive(u32 a_id, tProtocolDataUnit& a_rPdu, tStatus& a_status)
@@ -550,69 +522,72 @@ void tSimNetwork::receive(u32 a_id, tProtocolDataUnit& a_rPdu, tStatus& a_status
         return;
     }
     a_rPdu.clear();
-    std::unique_lock<std::mutex> lock(m_mutex);
-    tEndpoint& e = endpoint(a_id);
-    e.m_receiving = true;
-    changedLocked();
-    receiveLocked(lock, e, a_rPdu, a_status);
-    e.m_receiving = false;
-    changedLocked();
-}
-
-void tSimNetwork::receiveLocked(std::unique_lock<std::mutex>& a_rLock, tEndpoint& a_rEndpoint,
-                                tProtocolDataUnit& a_rPdu, tStatus& a_status)
-{
     for (;;)
     {
-        if (a_rEndpoint.m_cancelled)
+        u64 deadline = tManualClock::kNever;
+        tEvent* pArrival = nullptr;
         {
-            a_rEndpoint.m_cancelled = false;
-            ORVTARN_SET_CODE(a_status, kStatusCancelled);
-            return;
+            std::lock_guard<std::mutex> lock(m_mutex);
+            tEndpoint& e = endpoint(a_id);
+            if (tryReceiveLocked(e, a_rPdu, deadline, a_status))
+            {
+                return;
+            }
+            pArrival = e.m_pArrival.get();
         }
-        if (a_rEndpoint.m_failReceive)
-        {
-            a_rEndpoint.m_failReceive = false;
-            ORVTARN_SET_CODE(a_status, kStatusSystemError);
-            return;
-        }
-        if (a_rEndpoint.m_queue.empty())
-        {
-            m_changed.wait(a_rLock);
-            continue;
-        }
-        const i64 due = a_rEndpoint.m_queue.front().m_due;
-        if (now() < due)
-        {
-            m_changed.wait_until(a_rLock, m_start + std::chrono::nanoseconds(due));
-            continue;
-        }
-        tDatagram datagram = std::move(a_rEndpoint.m_queue.front());
-        a_rEndpoint.m_queue.pop_front();
-        a_rPdu.writeOctets(datagram.m_bytes.data(), static_cast<u32>(datagram.m_bytes.size()),
-                           a_status);
-        if (a_status.isFatal())
-        {
-            return;
-        }
-        tKey key;
-        if (datagram.m_event &&
-            makeKey(datagram.m_bytes.data(), static_cast<u32>(datagram.m_bytes.size()), key))
-        {
-            // The receiver's clock at the arrival instant, not at the moment
-            // this thread got round to it.
-            keepRecord(a_rEndpoint.m_receiveRecords, key, clockAtLocked(a_rEndpoint, due));
-        }
-        ++a_rEndpoint.m_delivered[messageTypeOf(datagram.m_bytes) & 0x0F];
-        return;
+        // A change after the look above has signalled the event already.
+        tStatus waitStatus;
+        m_clock.waitUntil(*pArrival, deadline, waitStatus);
     }
+}
+
+bool tSimNetwork::tryReceiveLocked(tEndpoint& a_rEndpoint, tProtocolDataUnit& a_rPdu,
+                                   u64& a_rDeadline, tStatus& a_status)
+{
+    if (a_rEndpoint.m_cancelled)
+    {
+        a_rEndpoint.m_cancelled = false;
+        ORVTARN_SET_CODE(a_status, kStatusCancelled);
+        return true;
+    }
+    if (a_rEndpoint.m_failReceive)
+    {
+        a_rEndpoint.m_failReceive = false;
+        ORVTARN_SET_CODE(a_status, kStatusSystemError);
+        return true;
+    }
+    if (a_rEndpoint.m_queue.empty())
+    {
+        return false;
+    }
+    const i64 due = a_rEndpoint.m_queue.front().m_due;
+    if (now() < due)
+    {
+        a_rDeadline = static_cast<u64>(due);
+        return false;
+    }
+    tDatagram datagram = std::move(a_rEndpoint.m_queue.front());
+    a_rEndpoint.m_queue.pop_front();
+    a_rPdu.writeOctets(datagram.m_bytes.data(), static_cast<u32>(datagram.m_bytes.size()),
+                       a_status);
+    tKey key;
+    if (a_status.isNotFatal() && datagram.m_event &&
+        makeKey(datagram.m_bytes.data(), static_cast<u32>(datagram.m_bytes.size()), key))
+    {
+        // The receiver's clock at the arrival instant, not at the moment this
+        // thread got round to it.
+        keepRecord(a_rEndpoint.m_receiveRecords, key, clockAtLocked(a_rEndpoint, due));
+    }
+    ++a_rEndpoint.m_delivered[messageTypeOf(datagram.m_bytes) & 0x0F];
+    return true;
 }
 
 void tSimNetwork::cancelReceive(u32 a_id)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
-    endpoint(a_id).m_cancelled = true;
-    changedLocked();
+    tEndpoint& e = endpoint(a_id);
+    e.m_cancelled = true;
+    wakeLocked(e);
 }
 
 bool tSimNetwork::fetchReceive(u32 a_id, tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime)
@@ -640,14 +615,12 @@ void tSimNetwork::step(u32 a_id, const tTimestamp& a_time)
     e.m_steps.push_back(a_time);
     const i64 t = now();
     e.m_offsetNs = toNanoseconds(a_time) - (kEpochNs + t + rateTerm(t, e.m_rateppb));
-    changedLocked();
 }
 
 void tSimNetwork::keepSample(u32 a_id, const tSample& a_sample)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     endpoint(a_id).m_samples.push_back(a_sample);
-    changedLocked();
 }
 
 bool tSimNetwork::held(u32 a_id)

@@ -3,8 +3,10 @@
 // endpoint hears every other, with a one-way delay and a loss rate per
 // direction, and a simulated clock behind each endpoint.
 //
-// Simulated time is one base for all endpoints: the nanoseconds of the
-// monotonic clock since the network was made. A datagram is stamped once, at
+// Simulated time is one base for all endpoints: the network's manual clock,
+// on which the nodes' timers run too, so that a scenario runs in virtual
+// time: nothing moves while any thread has work, and waits step the clock
+// from one deadline to the next. A datagram is stamped once, at
 // the simulated time t of its sending. Its transmit time is the sender's clock
 // at t, and it is delivered no earlier than t + delay, with the receiver's
 // clock at exactly t + delay as its receive time. Clock readings are whole
@@ -20,9 +22,9 @@
 #include "orvptp/iPTPPortMessaging.h"
 #include "orvptp/iPTPTimekeeper.h"
 #include "orvptp/iPTPTimestampGenerator.h"
+#include "tManualClock.h"
 
 #include <chrono>
-#include <condition_variable>
 #include <deque>
 #include <functional>
 #include <map>
@@ -166,8 +168,10 @@ public:
     nOrvPTP000::iPTPTimestampGenerator* getTimestamps(u32 a_id);
     tSimTimekeeper* getTimekeeper(u32 a_id);
 
+    // The clock of the network and of the nodes on it.
+    nOrvTarn000::tManualClock& getClock() { return m_clock; }
     // Simulated nanoseconds since the network was made.
-    i64 now() const;
+    i64 now();
     // The endpoint's clock at simulated time a_t.
     tTimestamp clockAt(u32 a_id, i64 a_t);
     i64 getClockOffset(u32 a_id);
@@ -196,25 +200,20 @@ public:
     u32 getOpenCount(u32 a_id);
     // Datagrams queued for the endpoint, due or not.
     u32 getPendingCount(u32 a_id);
-    // True while a receive of the endpoint is under way.
-    bool isReceiving(u32 a_id);
 
     std::vector<tSample> getSamples(u32 a_id);
     std::vector<tTimestamp> getSteps(u32 a_id);
 
-    // Waits until a_condition holds, re-testing it at every change on the
-    // network (traffic, samples, touch()). The condition runs without the
-    // network's lock and may call any getter. False if a_bound ran out.
+    // Lets simulated time run until a_condition holds, testing it whenever
+    // the nodes have no more work at the present instant. The condition runs
+    // without the network's lock and may call any getter. False if a_bound of
+    // simulated time ran out.
     bool waitUntil(const std::function<bool()>& a_condition, tBound a_bound);
-    // Tells the waiters that something they may be waiting for has changed.
-    void touch();
 
 private:
     friend class tSimMessaging;
     friend class tSimTimestamps;
     friend class tSimTimekeeper;
-
-    typedef std::chrono::steady_clock tClock;
 
     struct tKey
     {
@@ -249,8 +248,9 @@ private:
         bool m_connected = true;
         bool m_failReceive = false;
         bool m_held = false;
-        bool m_receiving = false;
         u32 m_openCount = 0;
+        // Signalled at every change a waiting receive must look at.
+        std::unique_ptr<nOrvTarn000::tEvent> m_pArrival;
         std::deque<tDatagram> m_queue;
         std::deque<tRecord> m_receiveRecords;
         std::deque<tRecord> m_transmitRecords;
@@ -278,14 +278,16 @@ private:
     tEndpoint& endpoint(u32 a_id);
     // Under m_mutex.
     tTimestamp clockAtLocked(const tEndpoint& a_endpoint, i64 a_t) const;
-    void changedLocked();
+    void wakeLocked(tEndpoint& a_rEndpoint);
 
     void open(u32 a_id, tStatus& a_status);
     void close(u32 a_id);
     void send(u32 a_id, tProtocolDataUnit& a_rPdu, bool a_event, tStatus& a_status);
     void receive(u32 a_id, tProtocolDataUnit& a_rPdu, tStatus& a_status);
-    void receiveLocked(std::unique_lock<std::mutex>& a_rLock, tEndpoint& a_rEndpoint,
-                       tProtocolDataUnit& a_rPdu, tStatus& a_status);
+    // One look at the endpoint: true when the receive ends (datagram, cancel
+    // or failure); otherwise a_rDeadline is the next datagram's arrival.
+    bool tryReceiveLocked(tEndpoint& a_rEndpoint, tProtocolDataUnit& a_rPdu, u64& a_rDeadline,
+                          tStatus& a_status);
     void cancelReceive(u32 a_id);
     bool fetchReceive(u32 a_id, tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime);
     bool fetchTransmit(u32 a_id, tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime);
@@ -294,10 +296,9 @@ private:
     void keepSample(u32 a_id, const tSample& a_sample);
     bool held(u32 a_id);
 
-    const tClock::time_point m_start;
+    // First: it outlives everything that waits through it.
+    nOrvTarn000::tManualClock m_clock;
     std::mutex m_mutex;
-    std::condition_variable m_changed;
-    u64 m_generation;
     std::mt19937_64 m_random;
     i64 m_defaultDelayNs;
     std::vector<std::unique_ptr<tEndpoint>> m_endpoints;

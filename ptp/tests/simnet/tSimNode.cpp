@@ -116,7 +116,8 @@ tSimNode::tSimNode(tSimNetwork& a_network, const tClockIdentity& a_identity, i64
 {
     tStatus status;
     m_pNode.reset(new tPTPNode(m_network.getMessaging(m_id), m_network.getTimestamps(m_id),
-                               m_network.getTimekeeper(m_id), a_identity, status));
+                               m_network.getTimekeeper(m_id), a_identity, m_network.getClock(),
+                               status));
     m_network.getTimekeeper(m_id)->setProbe(m_pNode.get());
     // Both survive every start: the checks come from outside from now on.
     bool externalChecks = true;
@@ -351,7 +352,6 @@ void tSimNode::portStateChanged(i32 a_newState, i32 a_oldState)
         tStatus status;
         m_pNode->postMasterClockSelectedCheck(status);
     }
-    m_network.touch();
 }
 
 bool waitForStates(tSimNetwork& a_network, const std::vector<std::pair<tSimNode*, u8>>& a_states,
