@@ -6,9 +6,11 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cerrno>
 #include <linux/capability.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace nOrvTarn000;
@@ -55,6 +57,20 @@ public:
     tEvent m_release;
     tEvent m_started;
     std::atomic<int> m_runs{0};
+};
+
+// The nice value of the calling thread; Linux keeps one per thread.
+int ownNice()
+{
+    errno = 0;
+    return getpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)));
+}
+
+class tNiceProbe : public iThread
+{
+public:
+    void run(tStatus&) override { m_nice = ownNice(); }
+    int m_nice = -100;
 };
 
 struct UnprivilegedThreadTest : testing::Test
@@ -114,6 +130,36 @@ TEST_F(UnprivilegedThreadTest, RaisingARunningThreadFailsAndChangesNothing)
     body.m_release.signal();
     controller.join();
     EXPECT_EQ(kStatusSuccess, controller.getExitStatus().getCode());
+}
+
+// A process started at a nice value of 5 or more: its threads inherit it, and
+// the default priority must not count as a raise above it.
+TEST_F(UnprivilegedThreadTest, ThreadsOfANiceCreatorStartAndKeepWhatTheyInherit)
+{
+    struct tCase
+    {
+        i32 m_priority;
+        int m_nice;
+    };
+    const tCase kCases[] = {{kThreadPriorityDefault, 5}, {kThreadPriorityLowest, 19}};
+    // A creator of its own, so that the nice value stays with it.
+    std::thread creator(
+        [&]
+        {
+            ASSERT_EQ(0, setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), 5));
+            for (const tCase& entry : kCases)
+            {
+                tStatus status;
+                tNiceProbe probe;
+                tThreadController controller;
+                EXPECT_TRUE(controller.start(&probe, entry.m_priority, "nice", status))
+                    << entry.m_priority;
+                EXPECT_EQ(kStatusSuccess, status.getCode()) << entry.m_priority;
+                controller.join();
+                EXPECT_EQ(entry.m_nice, probe.m_nice) << entry.m_priority;
+            }
+        });
+    creator.join();
 }
 
 } // namespace
