@@ -1,12 +1,11 @@
 // The deferred-action queue on the system clock: the cost of one queue call
 // (a mutex, one list append, a signal), and the round trip from queueing an
 // action to its run on the worker, as p50 and p99.
-#include "orvtarn/protons/timer/tTime.h"
 #include "tDeferredActionQueue.h"
+#include "tLatencyStatistics.h"
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <vector>
 
 using namespace zelmarPluginCore_1_0;
@@ -15,12 +14,6 @@ using nOrvTarn000::tEvent;
 namespace
 {
 
-u64 nowNs()
-{
-    tStatus status;
-    return nOrvTarn000::getPerformanceCount(status);
-}
-
 class tSignallingAction : public iDeferredAction
 {
 public:
@@ -28,13 +21,6 @@ public:
     void execute() override { m_done.signal(); }
     tEvent m_done;
 };
-
-u64 percentile(std::vector<u64>& a_rValues, double a_fraction)
-{
-    const size_t index = static_cast<size_t>(a_fraction * (a_rValues.size() - 1));
-    std::nth_element(a_rValues.begin(), a_rValues.begin() + index, a_rValues.end());
-    return a_rValues[index];
-}
 
 void BM_QueueToRun(benchmark::State& a_rState)
 {
