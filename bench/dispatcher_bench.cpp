@@ -3,10 +3,10 @@
 #include "orvptp/tPTPDispatcher.h"
 #include "orvtarn/protons/status/tAllocation.h"
 #include "orvtarn/protons/timer/tTime.h"
+#include "tLatencyStatistics.h"
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <vector>
 
 using namespace nOrvPTP000;
@@ -15,12 +15,6 @@ using nOrvTarn000::tEvent;
 
 namespace
 {
-
-u64 nowNs()
-{
-    tStatus status;
-    return nOrvTarn000::getPerformanceCount(status);
-}
 
 struct tLatencies
 {
@@ -51,17 +45,6 @@ private:
     u64 m_postedNs;
     bool m_isStart;
 };
-
-u64 percentile(std::vector<u64>& a_rValues, double a_fraction)
-{
-    if (a_rValues.empty())
-    {
-        return 0;
-    }
-    const size_t index = static_cast<size_t>(a_fraction * (a_rValues.size() - 1));
-    std::nth_element(a_rValues.begin(), a_rValues.begin() + index, a_rValues.end());
-    return a_rValues[index];
-}
 
 // Posts a burst of events from one thread and waits for the last to run: the
 // dispatcher takes them in batches, as under a burst of timer and packet events.

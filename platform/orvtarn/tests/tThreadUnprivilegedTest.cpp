@@ -5,10 +5,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <linux/capability.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace nOrvTarn000;
@@ -57,6 +60,20 @@ public:
     std::atomic<int> m_runs{0};
 };
 
+// The nice value of the calling thread; Linux keeps one per thread.
+int ownNice()
+{
+    errno = 0;
+    return getpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)));
+}
+
+class tNiceProbe : public iThread
+{
+public:
+    void run(tStatus&) override { m_nice = ownNice(); }
+    int m_nice = -100;
+};
+
 struct UnprivilegedThreadTest : testing::Test
 {
     static void SetUpTestSuite() { s_dropped = dropPriorityPrivilege(); }
@@ -92,6 +109,8 @@ TEST_F(UnprivilegedThreadTest, RaisingARunningThreadFailsAndChangesNothing)
     tHeld body;
     tThreadController controller;
     ASSERT_TRUE(controller.start(&body, kThreadPriorityDefault, "held", status));
+    // The default or, when the test itself runs at a nice value, lower.
+    const i32 inherited = controller.getPriority();
 
     const i32 kRaised[] = {kThreadPriorityHighest, kThreadPrioritySecondaryIsr,
                            kThreadPriorityHigh};
@@ -99,21 +118,52 @@ TEST_F(UnprivilegedThreadTest, RaisingARunningThreadFailsAndChangesNothing)
     {
         controller.setPriority(priority, status);
         EXPECT_EQ(kStatusSystemError, status.getCode()) << priority;
-        EXPECT_EQ(kThreadPriorityDefault, controller.getPriority());
+        EXPECT_EQ(inherited, controller.getPriority());
         status.clear();
     }
     // Lowering needs no privilege; going back up again does.
-    controller.setPriority(kThreadPriorityLow, status);
+    controller.setPriority(kThreadPriorityLowest, status);
     EXPECT_EQ(kStatusSuccess, status.getCode());
-    EXPECT_EQ(kThreadPriorityLow, controller.getPriority());
-    controller.setPriority(kThreadPriorityDefault, status);
+    EXPECT_EQ(kThreadPriorityLowest, controller.getPriority());
+    controller.setPriority(kThreadPriorityLow, status);
     EXPECT_EQ(kStatusSystemError, status.getCode());
-    EXPECT_EQ(kThreadPriorityLow, controller.getPriority());
+    EXPECT_EQ(kThreadPriorityLowest, controller.getPriority());
 
     EXPECT_TRUE(controller.isRunning());
     body.m_release.signal();
     controller.join();
     EXPECT_EQ(kStatusSuccess, controller.getExitStatus().getCode());
+}
+
+// A process started at a nice value of 5 or more: its threads inherit it, and
+// the default priority must not count as a raise above it.
+TEST_F(UnprivilegedThreadTest, ThreadsOfANiceCreatorStartAndKeepWhatTheyInherit)
+{
+    // A creator of its own, so that the nice value stays with it.
+    std::thread creator(
+        [&]
+        {
+            const int nice = std::max(5, ownNice());
+            ASSERT_EQ(0, setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), nice));
+            struct tCase
+            {
+                i32 m_priority;
+                int m_nice;
+            };
+            const tCase kCases[] = {{kThreadPriorityDefault, nice}, {kThreadPriorityLowest, 19}};
+            for (const tCase& entry : kCases)
+            {
+                tStatus status;
+                tNiceProbe probe;
+                tThreadController controller;
+                EXPECT_TRUE(controller.start(&probe, entry.m_priority, "nice", status))
+                    << entry.m_priority;
+                EXPECT_EQ(kStatusSuccess, status.getCode()) << entry.m_priority;
+                controller.join();
+                EXPECT_EQ(entry.m_nice, probe.m_nice) << entry.m_priority;
+            }
+        });
+    creator.join();
 }
 
 } // namespace

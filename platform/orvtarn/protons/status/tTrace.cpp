@@ -44,9 +44,8 @@ const char* fileNamePart(const char* a_path)
 
 tTrace::tTrace(iTraceDestination& a_rDestination, const tTraceLayout& a_layout)
     : m_pDestination(&a_rDestination), m_enabled(true), m_layout(a_layout), m_depth(0),
-      m_pWrite(m_lineBuffer)
+      m_lineBuffer(), m_used(0)
 {
-    m_lineBuffer[0] = '\0';
 }
 
 tTrace::~tTrace()
@@ -56,9 +55,22 @@ tTrace::~tTrace()
 
 void tTrace::flushLine()
 {
-    *m_pWrite = '\0';
-    m_pDestination->write(m_lineBuffer);
-    m_pWrite = m_lineBuffer;
+    u32 used = m_used.exchange(0, std::memory_order_relaxed);
+    if (used > kLineSize)
+    {
+        used = kLineSize;
+    }
+    if (used == 0)
+    {
+        return;
+    }
+    char line[kLineSize + 1];
+    for (u32 i = 0; i < used; ++i)
+    {
+        line[i] = m_lineBuffer[i].load(std::memory_order_relaxed);
+    }
+    line[used] = '\0';
+    m_pDestination->write(line);
 }
 
 void tTrace::append(const char* a_text, u32 a_length, u32 a_limit, u32* a_pCount)
@@ -66,15 +78,20 @@ void tTrace::append(const char* a_text, u32 a_length, u32 a_limit, u32* a_pCount
     bool newline = false;
     for (u32 i = 0; i < a_length && *a_pCount < a_limit; ++i)
     {
-        *m_pWrite++ = a_text[i];
         ++*a_pCount;
         newline = newline || a_text[i] == '\n';
-        if (m_pWrite == m_lineBuffer + kLineSize)
+        const u32 place = m_used.fetch_add(1, std::memory_order_relaxed);
+        if (place >= kLineSize)
+        {
+            continue;
+        }
+        m_lineBuffer[place].store(a_text[i], std::memory_order_relaxed);
+        if (place == kLineSize - 1)
         {
             flushLine();
         }
     }
-    if (newline && m_pWrite != m_lineBuffer)
+    if (newline)
     {
         flushLine();
     }

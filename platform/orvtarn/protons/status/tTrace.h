@@ -2,6 +2,8 @@
 #include "orvtarn/protons/status/iTraceDestination.h"
 #include "orvtarn/protons/status/iTraceable.h"
 
+#include <atomic>
+
 namespace nOrvTarn000
 {
 
@@ -30,7 +32,9 @@ struct tTraceLayout
 
 // Line-oriented diagnostic output. Text collects in a fixed line buffer that
 // goes to the destination when it is full or when appended text held a
-// newline. Takes no lock and never allocates.
+// newline. Takes no lock and never allocates. Threads may trace at the same
+// moment: their text can mix, and some of it can be lost while a full buffer
+// is handed on, but no write leaves the buffer.
 class tTrace
 {
 public:
@@ -64,14 +68,18 @@ private:
     void append(const char* a_text, u32 a_length, u32 a_limit, u32* a_pCount);
     tTrace& writeMagnitude(bool a_negative, u64 a_magnitude, u32 a_base);
     void writeUnsigned(bool a_negative, u64 a_magnitude, u32 a_base, u32 a_limit, u32* a_pCount);
+    // Hands the buffered text to the destination and empties the buffer.
     void flushLine();
 
     iTraceDestination* m_pDestination;
     bool m_enabled;
     tTraceLayout m_layout;
     i32 m_depth;
-    char m_lineBuffer[kLineSize + 1];
-    char* m_pWrite;
+    // Each character takes its place by one atomic step on m_used; a place at
+    // or behind the end is never written. m_used runs past the end only while
+    // the thread that took the last place hands the full buffer on.
+    std::atomic<char> m_lineBuffer[kLineSize];
+    std::atomic<u32> m_used;
 };
 
 // The program's trace; the argument is ignored and callers pass 0.

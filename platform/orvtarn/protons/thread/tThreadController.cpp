@@ -92,7 +92,10 @@ bool tThreadController::start(iThread* a_pThread, i32 a_priority, const char* a_
         return false;
     }
     m_record.m_created = true;
-    if (getPriority() != a_priority)
+    // The default asks for nothing: the thread keeps the scheduling it
+    // inherits. A process started at a raised nice value would otherwise see
+    // every start refused as a raise.
+    if (a_priority != kThreadPriorityDefault && getPriority() != a_priority)
     {
         setPriority(a_priority, a_status);
     }

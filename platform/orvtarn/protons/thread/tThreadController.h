@@ -19,8 +19,10 @@ public:
     tThreadController& operator=(const tThreadController&) = delete;
 
     // Starts a_pThread->run on a new thread with the given priority and debug
-    // name. The thread's identifier is known when start returns, and run does
-    // not begin before priority and name are in place. A controller whose
+    // name; at kThreadPriorityDefault the thread keeps the scheduling it
+    // inherits from the calling thread. The thread's identifier is known when
+    // start returns, and run does not begin before priority and name are in
+    // place. A controller whose
     // thread has not been joined refuses with kStatusAlreadyRunning, even if
     // that thread has ended. A thread that cannot be made, or whose priority
     // cannot be set, gives kStatusSystemError; no thread is then left behind.

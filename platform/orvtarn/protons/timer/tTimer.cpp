@@ -4,7 +4,7 @@ namespace nOrvTarn000
 {
 
 tTimer::tTimer(u32 a_source, iClock& a_rClock)
-    : m_start(0), m_accumulated(0), m_running(false), m_source(a_source), m_rClock(a_rClock)
+    : m_start(0), m_accumulated(0), m_running(false), m_source(a_source), m_pClock(&a_rClock)
 {
 }
 
@@ -15,7 +15,7 @@ u64 tTimer::now(i32 a_unit, tStatus& a_status)
         return 0;
     }
     // The counter counts nanoseconds (nClock::kCounterFrequency), the tick milliseconds.
-    const u64 nanoseconds = m_rClock.getNanoseconds(a_status);
+    const u64 nanoseconds = m_pClock->getNanoseconds(a_status);
     const u64 count = m_source == kClockTick ? nanoseconds / 1000000u : nanoseconds;
     const u64 reading = count * getResolution(m_source, a_status);
     return convertTime(reading, getResolutionUnit(static_cast<i32>(m_source), a_status), a_unit,

@@ -9,7 +9,8 @@ namespace nOrvTarn000
 // when it is built and read from a time base (the system clock in the
 // product). Time accumulates over each start-stop span; start and stop
 // alternate, and either in the wrong state gives kStatusWrongRunState. Holds
-// no lock: its owner guards it.
+// no lock: its owner guards it. Assignment takes the other timer whole, its
+// clock included, so an owner can put a fresh timer on another clock in place.
 class tTimer
 {
 public:
@@ -34,7 +35,7 @@ private:
     u64 m_accumulated;
     bool m_running;
     u32 m_source;
-    iClock& m_rClock;
+    iClock* m_pClock;
 };
 
 } // namespace nOrvTarn000
