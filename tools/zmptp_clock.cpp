@@ -46,6 +46,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -628,19 +629,6 @@ tClockIdentity clockIdentityOf(const u8* a_pMac)
     return tClockIdentity(bytes);
 }
 
-// Sets a flag of the node that is no data-set field (it survives the start),
-// through the node's own property event.
-bool setNodeFlag(tPTPNode& a_rNode, i32 a_id, void* a_pValue)
-{
-    tStatus status;
-    nOrvTarn000::tEvent done(status);
-    void* values[1] = {a_pValue};
-    a_rNode.postEventAndWait(nOrvTarn000::makeOwned<nOrvPTP000::tSetDatasetEvent>(
-                                 status, &a_rNode, a_id, values, 1, 1, &done, &status),
-                             &done, status);
-    return status.isNotFatal();
-}
-
 // Waits for SIGINT or SIGTERM, or for the duration to run out (0: no limit).
 // The signals are blocked in every thread, so that they wait here.
 void waitForEnd(const sigset_t& a_signals, double a_durationSeconds, tOutput& a_rOutput)
@@ -740,23 +728,23 @@ int main(int a_argc, char** a_argv)
     tSendWindowProbe probe(timestampGenerator);
     tClientUdpNetworkInterface messaging(&probe, &timekeeper, mac, static_cast<u8>(options.m_ttl));
     tClockDriver driver(options, output);
-    tPTPNode* pNode = new (status) tPTPNode(&messaging, &probe, &timekeeper, identity, status);
+    std::unique_ptr<tPTPNode> pNode =
+        nOrvTarn000::makeOwned<tPTPNode>(status, &messaging, &probe, &timekeeper, identity, status);
     if (pNode == nullptr || status.isFatal())
     {
         std::fprintf(stderr, "zmptp_clock: the clock could not be built (%d)\n", status.getCode());
-        delete pNode;
         return kExitFailure;
     }
-    timekeeper.setNode(pNode);
-    driver.setNode(pNode);
+    timekeeper.setNode(pNode.get());
+    driver.setNode(pNode.get());
 
-    bool externalChecks = true;
-    bool automaticRecovery = options.m_automaticRecovery;
-    nOrvPTP000::iPortStateObserver* pObserver = &driver;
     int result = 0;
-    if (!setNodeFlag(*pNode, nOrvPTP000::EXTERNAL_CHECKS, &externalChecks) ||
-        !setNodeFlag(*pNode, nOrvPTP000::AUTOMATIC_RECOVERY, &automaticRecovery) ||
-        !setNodeFlag(*pNode, nOrvPTP000::ADD_PORT_STATE_OBSERVER, &pObserver))
+    // Flags and observers of the node, no data-set fields: they survive the start.
+    tStatus flagStatus;
+    pNode->writeProperty<nOrvPTP000::EXTERNAL_CHECKS>(true, flagStatus);
+    pNode->writeProperty<nOrvPTP000::AUTOMATIC_RECOVERY>(options.m_automaticRecovery, flagStatus);
+    pNode->writeProperty<nOrvPTP000::ADD_PORT_STATE_OBSERVER>(&driver, flagStatus);
+    if (flagStatus.isFatal())
     {
         std::fprintf(stderr, "zmptp_clock: the clock refused its flags\n");
         result = kExitFailure;
@@ -777,7 +765,7 @@ int main(int a_argc, char** a_argv)
 
     tStatus stopStatus;
     pNode->stopClock(stopStatus);
-    delete pNode;
+    pNode.reset();
     timekeeper.setNode(nullptr);
     driver.setNode(nullptr);
 

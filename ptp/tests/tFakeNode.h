@@ -157,6 +157,13 @@ public:
     FAKE_NODE_PORT_FIELD(i8, i8, LogMinPdelayReqInterval, m_logMinPdelayReqInterval)
     FAKE_NODE_PORT_FIELD(u8, u8, VersionNumber, m_versionNumber)
 
+    // Clock description.
+    FAKE_NODE_FIELD(bool, bool, OrdinaryClockFlag, m_ordinaryClock)
+    FAKE_NODE_FIELD(bool, bool, BoundaryClockFlag, m_boundaryClock)
+    FAKE_NODE_FIELD(bool, bool, PeerToPeerTransparentClockFlag, m_peerToPeerTransparentClock)
+    FAKE_NODE_FIELD(bool, bool, EndToEndTransparentClockFlag, m_endToEndTransparentClock)
+    FAKE_NODE_FIELD(bool, bool, ManagementNodeFlag, m_managementNode)
+
     u32 getAnnounceIntervalMs() override { return intervalMs(m_logAnnounceInterval); }
     u32 getSyncIntervalMs() override { return intervalMs(m_logSyncInterval); }
 
@@ -166,7 +173,7 @@ public:
 
     void getCurrentTime(nOrvPTP000::tTimestamp&, tStatus&) override {}
     void setCurrentTime(const nOrvPTP000::tTimestamp&, tStatus&, i32) override {}
-    void handlePacketReceived(nOrvPTP000::tProtocolDataUnit*, tStatus&) override {}
+    void handlePacketReceived(std::unique_ptr<nOrvPTP000::tProtocolDataUnit>, tStatus&) override {}
 
     void handleStateDecisionEvent(tStatus&) override {}
     void handleInitialAnnounceTimeout(tStatus&) override {}
@@ -246,6 +253,11 @@ public:
     u8 m_delayMechanism = 1;
     i8 m_logMinPdelayReqInterval = 0;
     u8 m_versionNumber = 2;
+    bool m_ordinaryClock = true;
+    bool m_boundaryClock = false;
+    bool m_peerToPeerTransparentClock = false;
+    bool m_endToEndTransparentClock = false;
+    bool m_managementNode = false;
 
     nOrvPTP000::tForeignMasterDS* m_pForeignMasterDS = nullptr;
 

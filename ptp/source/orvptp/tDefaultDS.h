@@ -73,6 +73,31 @@ public:
         set(&tDefaultDSValues::m_slaveOnly, a_value, a_status);
     }
 
+    // The parts of the clock quality, each written with the others kept.
+    u8 getClockClass() const { return getClockQuality().getClockClass(); }
+    u8 getClockAccuracy() const { return getClockQuality().getClockAccuracy(); }
+    u16 getOffsetScaledLogVariance() const
+    {
+        return getClockQuality().getOffsetScaledLogVariance();
+    }
+    void setClockClass(u8 a_value, nOrvTarn000::tStatus& a_status)
+    {
+        const tClockQuality q = getClockQuality();
+        setClockQuality(
+            tClockQuality(a_value, q.getClockAccuracy(), q.getOffsetScaledLogVariance()), a_status);
+    }
+    void setClockAccuracy(u8 a_value, nOrvTarn000::tStatus& a_status)
+    {
+        const tClockQuality q = getClockQuality();
+        setClockQuality(tClockQuality(q.getClockClass(), a_value, q.getOffsetScaledLogVariance()),
+                        a_status);
+    }
+    void setOffsetScaledLogVariance(u16 a_value, nOrvTarn000::tStatus& a_status)
+    {
+        const tClockQuality q = getClockQuality();
+        setClockQuality(tClockQuality(q.getClockClass(), q.getClockAccuracy(), a_value), a_status);
+    }
+
     nOrvTarn000::tTrace& trace(nOrvTarn000::tTrace& a_trace) override;
 };
 

@@ -15,7 +15,7 @@ tPTPPacketReceivedEvent::~tPTPPacketReceivedEvent() = default;
 
 void tPTPPacketReceivedEvent::execute(tStatus& a_status)
 {
-    m_pNode->handlePacketReceived(m_pPacket.release(), a_status);
+    m_pNode->handlePacketReceived(std::move(m_pPacket), a_status);
 }
 
 void tPTPPacketReceivedEvent::abandon(tStatus&)

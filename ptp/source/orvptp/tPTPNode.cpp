@@ -49,8 +49,7 @@ tPTPNode::tPTPNode(iPTPPortMessaging* a_pMessaging, iPTPTimestampGenerator* a_pT
 tPTPNode::tPTPNode(iPTPPortMessaging* a_pMessaging, iPTPTimestampGenerator* a_pTimestampGenerator,
                    iPTPTimekeeper* a_pTimekeeper, const tClockIdentity& a_clockIdentity,
                    iClock& a_rClock, tStatus& a_status)
-    : m_defaultDS(a_clockIdentity), m_parentDS(a_clockIdentity), m_portDS(a_clockIdentity),
-      m_clockDescriptionDS(1, a_status), m_pMessaging(a_pMessaging),
+    : tNodeDataSets(a_clockIdentity, a_status), m_pMessaging(a_pMessaging),
       m_pTimestampGenerator(a_pTimestampGenerator), m_pTimekeeper(a_pTimekeeper),
       m_pDispatcher(makeOwned<tPTPDispatcher>(a_status, a_rClock, a_status)),
       m_networkMaintainer(a_pMessaging, m_pDispatcher.get(), a_status), m_bmcOutput(1, a_status),

@@ -8,17 +8,14 @@
 #include "orvptp/iPortStateObserver.h"
 #include "orvptp/iPropertyChangeObserver.h"
 #include "orvptp/tBMCOutput.h"
-#include "orvptp/tClockDescriptionDS.h"
-#include "orvptp/tCurrentDS.h"
 #include "orvptp/tDefaultBestMasterClockAlgorithm.h"
-#include "orvptp/tDefaultDS.h"
 #include "orvptp/tForeignMasterDS.h"
+#include "orvptp/tNodeDataSets.h"
+#include "orvptp/tNodeEvents.h"
+#include "orvptp/tNodeProperty.h"
 #include "orvptp/tPTPDispatcher.h"
-#include "orvptp/tParentDS.h"
-#include "orvptp/tPortDS.h"
 #include "orvptp/tPortNetworkMaintainer.h"
 #include "orvptp/tSyncDelayExchange.h"
-#include "orvptp/tTimePropertiesDS.h"
 #include "orvptp/tTimedEventGenerator.h"
 #include "orvtarn/protons/status/tAllocator.h"
 #include "orvtarn/quarks/tMutex.h"
@@ -41,7 +38,7 @@ class tSyncMessage;
 // posting operations are used from other threads once the clock runs. Every
 // handler that asks the port object for its next state applies the
 // transition rule (transition()).
-class tPTPNode : public iPTPNode, public iForeignMasterTimer
+class tPTPNode : public tNodeDataSets, public iForeignMasterTimer
 {
 public:
     enum : u32
@@ -121,109 +118,16 @@ public:
 
     nOrvTarn000::tTrace& trace(nOrvTarn000::tTrace& a_trace) override;
 
-    // Typed data-set accessors.
-    bool getTwoStepFlag() override;
-    void setTwoStepFlag(bool a_value, tStatus& a_status, i32 a_context) override;
-    tClockIdentity getClockIdentity() override;
-    void setClockIdentity(const tClockIdentity& a_value, tStatus& a_status, i32 a_context) override;
-    u16 getNumberPorts() override;
-    void setNumberPorts(u16 a_value, tStatus& a_status, i32 a_context) override;
-    tClockQuality getClockQuality() override;
-    void setClockQuality(const tClockQuality& a_value, tStatus& a_status, i32 a_context) override;
-    u8 getClockClass() override;
-    void setClockClass(u8 a_value, tStatus& a_status, i32 a_context) override;
-    u8 getClockAccuracy() override;
-    void setClockAccuracy(u8 a_value, tStatus& a_status, i32 a_context) override;
-    u16 getOffsetScaledLogVariance() override;
-    void setOffsetScaledLogVariance(u16 a_value, tStatus& a_status, i32 a_context) override;
-    u8 getPriority1() override;
-    void setPriority1(u8 a_value, tStatus& a_status, i32 a_context) override;
-    u8 getPriority2() override;
-    void setPriority2(u8 a_value, tStatus& a_status, i32 a_context) override;
-    u8 getDomainNumber() override;
-    void setDomainNumber(u8 a_value, tStatus& a_status, i32 a_context) override;
-    bool getSlaveOnly() override;
-    void setSlaveOnly(bool a_value, tStatus& a_status, i32 a_context) override;
-    u16 getStepsRemoved() override;
-    void setStepsRemoved(u16 a_value, tStatus& a_status, i32 a_context) override;
-    tTimeInterval getOffsetFromMaster() override;
-    void setOffsetFromMaster(const tTimeInterval& a_value, tStatus& a_status,
-                             i32 a_context) override;
-    tTimeInterval getMeanPathDelay() override;
-    void setMeanPathDelay(const tTimeInterval& a_value, tStatus& a_status, i32 a_context) override;
-    tPortIdentity getParentPortIdentity() override;
-    void setParentPortIdentity(const tPortIdentity& a_value, tStatus& a_status,
-                               i32 a_context) override;
-    tClockIdentity getParentClockIdentity() override;
-    void setParentClockIdentity(const tClockIdentity& a_value, tStatus& a_status,
-                                i32 a_context) override;
-    u16 getParentPortNumber() override;
-    void setParentPortNumber(u16 a_value, tStatus& a_status, i32 a_context) override;
-    bool getParentStats() override;
-    void setParentStats(bool a_value, tStatus& a_status, i32 a_context) override;
-    u16 getObservedParentOffsetScaledLogVariance() override;
-    void setObservedParentOffsetScaledLogVariance(u16 a_value, tStatus& a_status,
-                                                  i32 a_context) override;
-    i32 getObservedParentClockPhaseChangeRate() override;
-    void setObservedParentClockPhaseChangeRate(i32 a_value, tStatus& a_status,
-                                               i32 a_context) override;
-    tClockIdentity getGrandmasterIdentity() override;
-    void setGrandmasterIdentity(const tClockIdentity& a_value, tStatus& a_status,
-                                i32 a_context) override;
-    tClockQuality getGrandmasterClockQuality() override;
-    void setGrandmasterClockQuality(const tClockQuality& a_value, tStatus& a_status,
-                                    i32 a_context) override;
-    u8 getGrandmasterClockClass() override;
-    void setGrandmasterClockClass(u8 a_value, tStatus& a_status, i32 a_context) override;
-    u8 getGrandmasterClockAccuracy() override;
-    void setGrandmasterClockAccuracy(u8 a_value, tStatus& a_status, i32 a_context) override;
-    u16 getGrandmasterOffsetScaledLogVariance() override;
-    void setGrandmasterOffsetScaledLogVariance(u16 a_value, tStatus& a_status,
-                                               i32 a_context) override;
-    u8 getGrandmasterPriority1() override;
-    void setGrandmasterPriority1(u8 a_value, tStatus& a_status, i32 a_context) override;
-    u8 getGrandmasterPriority2() override;
-    void setGrandmasterPriority2(u8 a_value, tStatus& a_status, i32 a_context) override;
-    i16 getCurrentUtcOffset() override;
-    void setCurrentUtcOffset(i16 a_value, tStatus& a_status, i32 a_context) override;
-    bool getCurrentUtcOffsetValid() override;
-    void setCurrentUtcOffsetValid(bool a_value, tStatus& a_status, i32 a_context) override;
-    bool getLeap59() override;
-    void setLeap59(bool a_value, tStatus& a_status, i32 a_context) override;
-    bool getLeap61() override;
-    void setLeap61(bool a_value, tStatus& a_status, i32 a_context) override;
-    bool getTimeTraceable() override;
-    void setTimeTraceable(bool a_value, tStatus& a_status, i32 a_context) override;
-    bool getFrequencyTraceable() override;
-    void setFrequencyTraceable(bool a_value, tStatus& a_status, i32 a_context) override;
-    bool getPtpTimescale() override;
-    void setPtpTimescale(bool a_value, tStatus& a_status, i32 a_context) override;
-    u8 getTimeSource() override;
-    void setTimeSource(u8 a_value, tStatus& a_status, i32 a_context) override;
+    // The port state is the state object's: 0 while stopped.
     u8 getPortState(u16 a_portNumber, tStatus& a_status) override;
-    void setPortState(u16 a_portNumber, u8 a_value, tStatus& a_status, i32 a_context) override;
-    i8 getLogMinDelayReqInterval(u16 a_portNumber, tStatus& a_status) override;
-    void setLogMinDelayReqInterval(u16 a_portNumber, i8 a_value, tStatus& a_status,
-                                   i32 a_context) override;
-    tTimeInterval getPeerMeanPathDelay(u16 a_portNumber, tStatus& a_status) override;
-    void setPeerMeanPathDelay(u16 a_portNumber, const tTimeInterval& a_value, tStatus& a_status,
-                              i32 a_context) override;
-    i8 getLogAnnounceInterval(u16 a_portNumber, tStatus& a_status) override;
-    void setLogAnnounceInterval(u16 a_portNumber, i8 a_value, tStatus& a_status,
-                                i32 a_context) override;
-    u8 getAnnounceReceiptTimeout(u16 a_portNumber, tStatus& a_status) override;
-    void setAnnounceReceiptTimeout(u16 a_portNumber, u8 a_value, tStatus& a_status,
-                                   i32 a_context) override;
-    i8 getLogSyncInterval(u16 a_portNumber, tStatus& a_status) override;
-    void setLogSyncInterval(u16 a_portNumber, i8 a_value, tStatus& a_status,
-                            i32 a_context) override;
-    u8 getDelayMechanism(u16 a_portNumber, tStatus& a_status) override;
-    void setDelayMechanism(u16 a_portNumber, u8 a_value, tStatus& a_status, i32 a_context) override;
-    i8 getLogMinPdelayReqInterval(u16 a_portNumber, tStatus& a_status) override;
-    void setLogMinPdelayReqInterval(u16 a_portNumber, i8 a_value, tStatus& a_status,
-                                    i32 a_context) override;
-    u8 getVersionNumber(u16 a_portNumber, tStatus& a_status) override;
-    void setVersionNumber(u16 a_portNumber, u8 a_value, tStatus& a_status, i32 a_context) override;
+
+    // Property access from a thread other than the dispatcher's: posts the
+    // get or set event of property kId and waits for it. A get that fails
+    // returns a default value.
+    template <i32 kId>
+    typename tNodeProperty<kId>::tValue readProperty(tStatus& a_status);
+    template <i32 kId>
+    void writeProperty(const typename tNodeProperty<kId>::tValue& a_value, tStatus& a_status);
 
     u32 getAnnounceIntervalMs() override;
     u32 getSyncIntervalMs() override;
@@ -233,7 +137,8 @@ public:
     void getCurrentTime(tTimestamp& a_rTime, tStatus& a_status) override;
     void setCurrentTime(const tTimestamp& a_time, tStatus& a_status, i32 a_context) override;
 
-    void handlePacketReceived(tProtocolDataUnit* a_pPacket, tStatus& a_status) override;
+    void handlePacketReceived(std::unique_ptr<tProtocolDataUnit> a_pPacket,
+                              tStatus& a_status) override;
     void handleStateDecisionEvent(tStatus& a_status) override;
     void handleInitialAnnounceTimeout(tStatus& a_status) override;
     void handleSendAnnouncePacket(tStatus& a_status) override;
@@ -270,11 +175,6 @@ public:
                                             tStatus& a_status) override;
 
 private:
-    template <typename T>
-    struct tNonDeduced
-    {
-        typedef T type;
-    };
     typedef iPTPPort* (iPTPPort::*tPortOperation)(tStatus&);
     template <typename T>
     using tVector = std::vector<T, nOrvTarn000::tAllocator<T>>;
@@ -285,25 +185,18 @@ private:
     u8 currentState() const;
     // True when the timekeeper holds the port in its state for now.
     bool isHeld();
-    bool checkPortNumber(u16 a_portNumber, tStatus& a_status);
+    // Tells the property observers, then re-arms the timers that run at an
+    // interval just written.
+    void propertyWritten(i32 a_id, tStatus& a_status, i32 a_context) override;
     void notifyPropertyChange(i32 a_id, tStatus& a_status, i32 a_context);
+    template <i32 kId>
+    void setById(void** a_pValues, u16 a_portNumber, tStatus& a_status);
     template <typename tEventClass>
     bool postNew(tStatus& a_status);
-    // Writes one field through its data set's setter and tells the observers.
-    template <typename tDataSet, typename tValue>
-    void setField(tDataSet& a_rDataSet, void (tDataSet::*a_setter)(tValue, tStatus&),
-                  typename tNonDeduced<tValue>::type a_value, i32 a_id, tStatus& a_status,
-                  i32 a_context);
     template <typename tObserver>
     void addObserver(tVector<tObserver*>& a_rObservers, tObserver* a_pObserver, tStatus& a_status);
     template <typename tObserver>
     void removeObserver(tVector<tObserver*>& a_rObservers, tObserver* a_pObserver);
-    // Writes a time property to what the clock would announce, and to what is
-    // in force while the clock is its own grandmaster.
-    template <typename tValue>
-    void setTimeProperty(void (tTimePropertiesDS::*a_setter)(tValue, tStatus&),
-                         typename tNonDeduced<tValue>::type a_value, i32 a_id, tStatus& a_status,
-                         i32 a_context);
 
     // Reception: each takes the parsed message (and deletes or hands it on);
     // a_state is the port state at its arrival.
@@ -328,13 +221,6 @@ private:
     // caller's status keeps the failure, so that nothing more is sent.
     bool readTimeForSending(tTimestamp& a_rNow, tStatus& a_status);
 
-    tDefaultDS m_defaultDS;
-    tCurrentDS m_currentDS;
-    tParentDS m_parentDS;
-    tTimePropertiesDS m_timePropertiesDS;
-    tTimePropertiesDS m_localTimePropertiesDS;
-    tPortDS m_portDS;
-    tClockDescriptionDS m_clockDescriptionDS;
     iPTPPortMessaging* m_pMessaging;
     iPTPTimestampGenerator* m_pTimestampGenerator;
     iPTPTimekeeper* m_pTimekeeper;
@@ -355,5 +241,30 @@ private:
     tVector<iPortStateObserver*> m_portStateObservers;
     tVector<iPropertyChangeObserver*> m_propertyObservers;
 };
+
+template <i32 kId>
+typename tNodeProperty<kId>::tValue tPTPNode::readProperty(tStatus& a_status)
+{
+    typename tNodeProperty<kId>::tValue value{};
+    void* values[1] = {&value};
+    nOrvTarn000::tEvent done(a_status);
+    postEventAndWait(nOrvTarn000::makeOwned<tGetDatasetEvent>(a_status, this, kId, values, 1,
+                                                              tNodeProperty<kId>::kPortNumber,
+                                                              &done, &a_status),
+                     &done, a_status);
+    return value;
+}
+
+template <i32 kId>
+void tPTPNode::writeProperty(const typename tNodeProperty<kId>::tValue& a_value, tStatus& a_status)
+{
+    // The handler only reads through the pointer.
+    void* values[1] = {const_cast<typename tNodeProperty<kId>::tValue*>(&a_value)};
+    nOrvTarn000::tEvent done(a_status);
+    postEventAndWait(nOrvTarn000::makeOwned<tSetDatasetEvent>(a_status, this, kId, values, 1,
+                                                              tNodeProperty<kId>::kPortNumber,
+                                                              &done, &a_status),
+                     &done, a_status);
+}
 
 } // namespace nOrvPTP000

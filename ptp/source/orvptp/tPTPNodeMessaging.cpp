@@ -42,8 +42,10 @@ u16 lastSentSequenceId(const tPortDS& a_portDS, u32 a_kind)
 
 // ---- reception ----
 
-void tPTPNode::handlePacketReceived(tProtocolDataUnit* a_pPacket, tStatus& a_status)
+void tPTPNode::handlePacketReceived(std::unique_ptr<tProtocolDataUnit> a_pOwnedPacket,
+                                    tStatus& a_status)
 {
+    tProtocolDataUnit* a_pPacket = a_pOwnedPacket.release();
     if (a_pPacket == nullptr)
     {
         return;

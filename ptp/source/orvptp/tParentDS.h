@@ -80,6 +80,49 @@ public:
         set(&tParentDSValues::m_grandmasterPriority2, a_value, a_status);
     }
 
+    // The parts of the parent port identity and of the grandmaster's quality,
+    // each written with the others kept.
+    tClockIdentity getParentClockIdentity() const
+    {
+        return getParentPortIdentity().getClockIdentity();
+    }
+    u16 getParentPortNumber() const { return getParentPortIdentity().getPortNumber(); }
+    u8 getGrandmasterClockClass() const { return getGrandmasterClockQuality().getClockClass(); }
+    u8 getGrandmasterClockAccuracy() const
+    {
+        return getGrandmasterClockQuality().getClockAccuracy();
+    }
+    u16 getGrandmasterOffsetScaledLogVariance() const
+    {
+        return getGrandmasterClockQuality().getOffsetScaledLogVariance();
+    }
+    void setParentClockIdentity(const tClockIdentity& a_value, nOrvTarn000::tStatus& a_status)
+    {
+        setParentPortIdentity(tPortIdentity(a_value, getParentPortNumber()), a_status);
+    }
+    void setParentPortNumber(u16 a_value, nOrvTarn000::tStatus& a_status)
+    {
+        setParentPortIdentity(tPortIdentity(getParentClockIdentity(), a_value), a_status);
+    }
+    void setGrandmasterClockClass(u8 a_value, nOrvTarn000::tStatus& a_status)
+    {
+        const tClockQuality q = getGrandmasterClockQuality();
+        setGrandmasterClockQuality(
+            tClockQuality(a_value, q.getClockAccuracy(), q.getOffsetScaledLogVariance()), a_status);
+    }
+    void setGrandmasterClockAccuracy(u8 a_value, nOrvTarn000::tStatus& a_status)
+    {
+        const tClockQuality q = getGrandmasterClockQuality();
+        setGrandmasterClockQuality(
+            tClockQuality(q.getClockClass(), a_value, q.getOffsetScaledLogVariance()), a_status);
+    }
+    void setGrandmasterOffsetScaledLogVariance(u16 a_value, nOrvTarn000::tStatus& a_status)
+    {
+        const tClockQuality q = getGrandmasterClockQuality();
+        setGrandmasterClockQuality(tClockQuality(q.getClockClass(), q.getClockAccuracy(), a_value),
+                                   a_status);
+    }
+
     nOrvTarn000::tTrace& trace(nOrvTarn000::tTrace& a_trace) override;
 };
 

@@ -115,9 +115,7 @@ TEST_F(FailureScenarioTest, AFaultySlaveReturnsThroughInitializing)
     EXPECT_EQ(transitions[before + 1].m_newState, kPortStateInitializing);
     EXPECT_EQ(transitions[before + 2].m_newState, kPortStateListening);
     // The settings written after the re-initialisation are in force again.
-    u8 priority1 = 0;
-    second.getProperty(PRIORITY1, &priority1, status);
-    EXPECT_EQ(priority1, 110);
+    EXPECT_EQ(second.node().readProperty<PRIORITY1>(status), 110);
 }
 
 TEST_F(FailureScenarioTest, AFaultyMasterIsReplacedAndTakesOverWhenCleared)
@@ -167,8 +165,7 @@ TEST_F(FailureScenarioTest, ABrokenNetworkMakesThePortFaultyUntilRecovery)
     ASSERT_TRUE(settlesInto({{&first, kPortStateMaster}, {&third, kPortStateSlave, &first}}));
 
     // With automatic recovery the network is reopened by itself.
-    bool recovery = true;
-    second.setProperty(AUTOMATIC_RECOVERY, &recovery, status);
+    second.node().writeProperty<AUTOMATIC_RECOVERY>(true, status);
     ASSERT_EQ(status.getCode(), 0);
     const size_t before = second.getTransitionCount();
     m_network.failNextReceive(second.getId());

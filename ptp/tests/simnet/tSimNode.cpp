@@ -120,10 +120,8 @@ tSimNode::tSimNode(tSimNetwork& a_network, const tClockIdentity& a_identity, i64
                                status));
     m_network.getTimekeeper(m_id)->setProbe(m_pNode.get());
     // Both survive every start: the checks come from outside from now on.
-    bool externalChecks = true;
-    setProperty(EXTERNAL_CHECKS, &externalChecks, status);
-    iPortStateObserver* pObserver = this;
-    setProperty(ADD_PORT_STATE_OBSERVER, &pObserver, status);
+    m_pNode->writeProperty<EXTERNAL_CHECKS>(true, status);
+    m_pNode->writeProperty<ADD_PORT_STATE_OBSERVER>(this, status);
     if (status.isFatal())
     {
         std::fprintf(stderr, "simnet: node %u could not be built (%d)\n", m_id, status.getCode());
@@ -215,24 +213,6 @@ bool tSimNode::runOnDispatcher(const std::function<void(tPTPNode&, tStatus&)>& a
         ORVTARN_SET_CODE(a_status, pCompletion->m_code);
     }
     return pCompletion->m_code >= 0;
-}
-
-void tSimNode::setProperty(i32 a_id, void* a_pValue, tStatus& a_status)
-{
-    tEvent done(a_status);
-    void* values[1] = {a_pValue};
-    m_pNode->postEventAndWait(nOrvTarn000::makeOwned<tSetDatasetEvent>(
-                                  a_status, m_pNode.get(), a_id, values, 1, 1, &done, &a_status),
-                              &done, a_status);
-}
-
-void tSimNode::getProperty(i32 a_id, void* a_pValue, tStatus& a_status)
-{
-    tEvent done(a_status);
-    void* values[1] = {a_pValue};
-    m_pNode->postEventAndWait(nOrvTarn000::makeOwned<tGetDatasetEvent>(
-                                  a_status, m_pNode.get(), a_id, values, 1, 1, &done, &a_status),
-                              &done, a_status);
 }
 
 u8 tSimNode::getState()

@@ -79,9 +79,6 @@ public:
     // Runs a_work on the node's dispatcher thread and waits for it (bounded).
     // False, with kStatusTimedOut, if it did not finish within the bound.
     bool runOnDispatcher(const std::function<void(tPTPNode&, tStatus&)>& a_work, tStatus& a_status);
-    // Property access through the node's get and set events.
-    void setProperty(i32 a_id, void* a_pValue, tStatus& a_status);
-    void getProperty(i32 a_id, void* a_pValue, tStatus& a_status);
 
     // The state as the last notification told it (0 before the first).
     u8 getState();
