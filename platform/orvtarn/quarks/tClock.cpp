@@ -1,5 +1,7 @@
 #include "orvtarn/quarks/tClock.h"
 
+#include "orvtarn/protons/status/tSystemError.h"
+
 #include <cerrno>
 #include <sched.h>
 #include <time.h>
@@ -16,6 +18,7 @@ bool readSinceBoot(u64& a_rNanoseconds)
     timespec now;
     if (clock_gettime(CLOCK_MONOTONIC, &now) != 0)
     {
+        ORVTARN_TRACE_SYSTEM_ERROR("clock_gettime(CLOCK_MONOTONIC)", errno);
         return false;
     }
     a_rNanoseconds = static_cast<u64>(now.tv_sec) * 1000000000u + static_cast<u64>(now.tv_nsec);

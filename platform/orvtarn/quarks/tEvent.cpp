@@ -1,5 +1,7 @@
 #include "orvtarn/quarks/tEvent.h"
 
+#include "orvtarn/protons/status/tSystemError.h"
+
 #include "orvtarn/quarks/tClock.h"
 
 #include <cerrno>
@@ -17,23 +19,29 @@ tEvent::tEvent(bool a_autoReset, bool a_initialState, const char* /*a_name*/, tS
     {
         return;
     }
-    if (pthread_mutex_init(&m_mutex, nullptr) != 0)
+    const int mutexError = pthread_mutex_init(&m_mutex, nullptr);
+    if (mutexError != 0)
     {
+        ORVTARN_TRACE_SYSTEM_ERROR("pthread_mutex_init", mutexError);
         ORVTARN_SET_CODE(a_status, kStatusSystemError);
         return;
     }
     // Timed waits run on the monotonic clock, so that a change of the wall
     // clock neither shortens nor stretches them.
     pthread_condattr_t attributes;
-    bool conditionMade = false;
-    if (pthread_condattr_init(&attributes) == 0)
+    int conditionError = pthread_condattr_init(&attributes);
+    if (conditionError == 0)
     {
-        conditionMade = pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC) == 0 &&
-                        pthread_cond_init(&m_condition, &attributes) == 0;
+        conditionError = pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC);
+        if (conditionError == 0)
+        {
+            conditionError = pthread_cond_init(&m_condition, &attributes);
+        }
         pthread_condattr_destroy(&attributes);
     }
-    if (!conditionMade)
+    if (conditionError != 0)
     {
+        ORVTARN_TRACE_SYSTEM_ERROR("pthread_cond_init", conditionError);
         pthread_mutex_destroy(&m_mutex);
         ORVTARN_SET_CODE(a_status, kStatusSystemError);
         return;
@@ -101,6 +109,10 @@ bool tEvent::wait(u32 a_timeoutMs, tStatus& a_status)
     if (signalled)
     {
         return true;
+    }
+    if (result != ETIMEDOUT)
+    {
+        ORVTARN_TRACE_SYSTEM_ERROR("pthread_cond_wait", result);
     }
     ORVTARN_SET_CODE(a_status, result == ETIMEDOUT ? kStatusTimedOut : kStatusWaitFailed);
     return false;

@@ -1,5 +1,9 @@
 #include "orvtarn/quarks/tMutex.h"
 
+#include "orvtarn/protons/status/tSystemError.h"
+
+#include <cerrno>
+
 namespace nOrvTarn000
 {
 
@@ -10,15 +14,20 @@ tMutex::tMutex(tStatus& a_status) : m_handle(), m_valid(false)
         return;
     }
     pthread_mutexattr_t attributes;
-    bool created = false;
-    if (pthread_mutexattr_init(&attributes) == 0)
+    int error = pthread_mutexattr_init(&attributes);
+    if (error == 0)
     {
-        created = pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE) == 0 &&
-                  pthread_mutex_init(&m_handle, &attributes) == 0;
+        error = pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+        if (error == 0)
+        {
+            error = pthread_mutex_init(&m_handle, &attributes);
+        }
         pthread_mutexattr_destroy(&attributes);
     }
+    const bool created = error == 0;
     if (!created)
     {
+        ORVTARN_TRACE_SYSTEM_ERROR("pthread_mutex_init", error);
         ORVTARN_SET_CODE(a_status, kStatusMemoryFull);
     }
     m_valid = created && a_status.isNotFatal();
@@ -42,8 +51,10 @@ bool tMutex::lock(tStatus& a_status)
     {
         return false;
     }
-    if (!m_valid || pthread_mutex_lock(&m_handle) != 0)
+    const int error = m_valid ? pthread_mutex_lock(&m_handle) : EINVAL;
+    if (error != 0)
     {
+        ORVTARN_TRACE_SYSTEM_ERROR("pthread_mutex_lock", error);
         ORVTARN_SET_CODE(a_status, kStatusWaitFailed);
         return false;
     }

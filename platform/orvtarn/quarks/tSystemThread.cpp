@@ -1,5 +1,7 @@
 #include "orvtarn/quarks/tSystemThread.h"
 
+#include "orvtarn/protons/status/tSystemError.h"
+
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
@@ -97,20 +99,26 @@ bool tThreadLaunch::create(tThreadHandle& a_rHandle, u32& a_rId)
     {
         return false;
     }
-    if (pthread_mutex_init(&m_mutex, nullptr) != 0)
+    int error = pthread_mutex_init(&m_mutex, nullptr);
+    if (error != 0)
     {
+        ORVTARN_TRACE_SYSTEM_ERROR("pthread_mutex_init", error);
         return false;
     }
-    if (pthread_cond_init(&m_condition, nullptr) != 0)
+    error = pthread_cond_init(&m_condition, nullptr);
+    if (error != 0)
     {
+        ORVTARN_TRACE_SYSTEM_ERROR("pthread_cond_init", error);
         pthread_mutex_destroy(&m_mutex);
         return false;
     }
     m_synchronised = true;
 
     tThreadHandle handle;
-    if (pthread_create(&handle, nullptr, &tThreadLaunch::enter, this) != 0)
+    error = pthread_create(&handle, nullptr, &tThreadLaunch::enter, this);
+    if (error != 0)
     {
+        ORVTARN_TRACE_SYSTEM_ERROR("pthread_create", error);
         return false;
     }
     pthread_mutex_lock(&m_mutex);
@@ -175,8 +183,10 @@ namespace nSystemThread
 bool join(tThreadHandle a_handle, i32* a_pExitCode)
 {
     void* result = nullptr;
-    if (pthread_join(a_handle, &result) != 0)
+    const int error = pthread_join(a_handle, &result);
+    if (error != 0)
     {
+        ORVTARN_TRACE_SYSTEM_ERROR("pthread_join", error);
         return false;
     }
     if (a_pExitCode != nullptr)
@@ -223,7 +233,12 @@ bool setPriority(tThreadHandle a_handle, u32 a_id, i32 a_priority)
         sched_param parameters = {};
         parameters.sched_priority =
             a_priority == kThreadPriorityHighest ? kRealTimeHighest : kRealTimeSecondaryIsr;
-        return pthread_setschedparam(a_handle, SCHED_FIFO, &parameters) == 0;
+        const int error = pthread_setschedparam(a_handle, SCHED_FIFO, &parameters);
+        if (error != 0)
+        {
+            ORVTARN_TRACE_SYSTEM_ERROR("pthread_setschedparam(SCHED_FIFO)", error);
+        }
+        return error == 0;
     }
     int nice = 0;
     if (!niceFor(a_priority, nice))
@@ -234,6 +249,7 @@ bool setPriority(tThreadHandle a_handle, u32 a_id, i32 a_priority)
     // and then nothing has changed yet.
     if (setpriority(PRIO_PROCESS, static_cast<id_t>(a_id), nice) != 0)
     {
+        ORVTARN_TRACE_SYSTEM_ERROR("setpriority", errno);
         return false;
     }
     int policy = 0;
