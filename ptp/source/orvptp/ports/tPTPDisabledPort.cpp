@@ -7,8 +7,7 @@ namespace nOrvPTP000
 
 using nOrvTarn000::tStatus;
 
-tPTPDisabledPort::tPTPDisabledPort(tPTPNode* a_pNode,
-                                   tPortNetworkMaintainer* a_pNetworkMaintainer,
+tPTPDisabledPort::tPTPDisabledPort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer,
                                    tPortDS* a_pPortDS, tStatus& a_status)
     : tPTPRunningPort(a_pNode, a_pNetworkMaintainer, a_pPortDS)
 {

@@ -8,8 +8,8 @@ namespace nOrvPTP000
 class tPTPDisabledPort : public tPTPRunningPort
 {
 public:
-    tPTPDisabledPort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer, tPortDS* a_pPortDS,
-       nOrvTarn000::tStatus& a_status);
+    tPTPDisabledPort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer,
+                     tPortDS* a_pPortDS, nOrvTarn000::tStatus& a_status);
     iPTPPort* handleInitialize(nOrvTarn000::tStatus& a_status) override;
     iPTPPort* handleDesignatedEnabled(nOrvTarn000::tStatus& a_status) override;
     iPTPPort* handleNetworkError(nOrvTarn000::tStatus& a_status) override;

@@ -9,8 +9,8 @@ namespace nOrvPTP000
 class tPTPFaultyPort : public tPTPRunningPort
 {
 public:
-    tPTPFaultyPort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer, tPortDS* a_pPortDS,
-       nOrvTarn000::tStatus& a_status);
+    tPTPFaultyPort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer,
+                   tPortDS* a_pPortDS, nOrvTarn000::tStatus& a_status);
     iPTPPort* handleInitialize(nOrvTarn000::tStatus& a_status) override;
     iPTPPort* handleFaultCleared(nOrvTarn000::tStatus& a_status) override;
     iPTPPort* handleNetworkError(nOrvTarn000::tStatus& a_status) override;

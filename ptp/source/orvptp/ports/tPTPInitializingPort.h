@@ -9,8 +9,8 @@ namespace nOrvPTP000
 class tPTPInitializingPort : public tPTPRunningPort
 {
 public:
-    tPTPInitializingPort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer, tPortDS* a_pPortDS,
-       nOrvTarn000::tStatus& a_status);
+    tPTPInitializingPort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer,
+                         tPortDS* a_pPortDS, nOrvTarn000::tStatus& a_status);
     iPTPPort* handleInitializedCheck(nOrvTarn000::tStatus& a_status) override;
     iPTPPort* handleNetworkError(nOrvTarn000::tStatus& a_status) override;
 };

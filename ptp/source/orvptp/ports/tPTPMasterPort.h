@@ -10,8 +10,8 @@ namespace nOrvPTP000
 class tPTPMasterPort : public tPTPOperationalPort
 {
 public:
-    tPTPMasterPort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer, tPortDS* a_pPortDS,
-       nOrvTarn000::tStatus& a_status);
+    tPTPMasterPort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer,
+                   tPortDS* a_pPortDS, nOrvTarn000::tStatus& a_status);
     iPTPPort* handleStateDecision(nOrvTarn000::tStatus& a_status) override;
 };
 

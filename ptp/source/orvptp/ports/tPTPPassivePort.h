@@ -9,8 +9,8 @@ namespace nOrvPTP000
 class tPTPPassivePort : public tPTPOperationalPort
 {
 public:
-    tPTPPassivePort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer, tPortDS* a_pPortDS,
-       nOrvTarn000::tStatus& a_status);
+    tPTPPassivePort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer,
+                    tPortDS* a_pPortDS, nOrvTarn000::tStatus& a_status);
     iPTPPort* handleStateDecision(nOrvTarn000::tStatus& a_status) override;
     iPTPPort* handleAnnounceReceiptTimeout(nOrvTarn000::tStatus& a_status) override;
 };

@@ -9,8 +9,8 @@ namespace nOrvPTP000
 class tPTPSlavePort : public tPTPOperationalPort
 {
 public:
-    tPTPSlavePort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer, tPortDS* a_pPortDS,
-       nOrvTarn000::tStatus& a_status);
+    tPTPSlavePort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer,
+                  tPortDS* a_pPortDS, nOrvTarn000::tStatus& a_status);
     iPTPPort* handleStateDecision(nOrvTarn000::tStatus& a_status) override;
     iPTPPort* handleAnnounceReceiptTimeout(nOrvTarn000::tStatus& a_status) override;
     iPTPPort* handleSyncFault(nOrvTarn000::tStatus& a_status) override;

@@ -10,8 +10,8 @@ namespace nOrvPTP000
 class tPTPUncalibratedPort : public tPTPOperationalPort
 {
 public:
-    tPTPUncalibratedPort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer, tPortDS* a_pPortDS,
-       nOrvTarn000::tStatus& a_status);
+    tPTPUncalibratedPort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer,
+                         tPortDS* a_pPortDS, nOrvTarn000::tStatus& a_status);
     iPTPPort* handleMasterClockSelected(nOrvTarn000::tStatus& a_status) override;
 };
 
