@@ -6,12 +6,14 @@
 // Handlers, posting, properties and time do nothing; the foreign master table
 // is whatever m_pForeignMasterDS points at.
 #include "orvptp/iPTPNode.h"
+#include "orvptp/tLogInterval.h"
 #include "orvptp/tPortStateCodes.h"
 #include "orvtarn/protons/status/tTrace.h"
 
 namespace nFakeNode
 {
 
+using nOrvPTP000::logIntervalToMilliseconds;
 using nOrvPTP000::tClockIdentity;
 using nOrvPTP000::tClockQuality;
 using nOrvPTP000::tPortIdentity;
@@ -164,8 +166,11 @@ public:
     FAKE_NODE_FIELD(bool, bool, EndToEndTransparentClockFlag, m_endToEndTransparentClock)
     FAKE_NODE_FIELD(bool, bool, ManagementNodeFlag, m_managementNode)
 
-    u32 getAnnounceIntervalMs() override { return intervalMs(m_logAnnounceInterval); }
-    u32 getSyncIntervalMs() override { return intervalMs(m_logSyncInterval); }
+    u32 getAnnounceIntervalMs() override
+    {
+        return logIntervalToMilliseconds(m_logAnnounceInterval);
+    }
+    u32 getSyncIntervalMs() override { return logIntervalToMilliseconds(m_logSyncInterval); }
 
     nOrvPTP000::tForeignMasterDS* getForeignMasterDS(u16) override { return m_pForeignMasterDS; }
     nOrvPTP000::tPTPDispatcher* getDispatcher() override { return nullptr; }
@@ -262,8 +267,6 @@ public:
     nOrvPTP000::tForeignMasterDS* m_pForeignMasterDS = nullptr;
 
 private:
-    static u32 intervalMs(i8 a_log) { return a_log >= 0 ? 1000u << a_log : 1000u >> -a_log; }
-
     void setGrandmasterQuality(u8 a_class, u8 a_accuracy, u16 a_variance, tStatus& a_status)
     {
         if (a_status.isNotFatal())

@@ -227,12 +227,13 @@ TEST_F(NodeTest, IntervalsFollowTheShiftRule)
             m_node.setLogSyncInterval(1, -1, a_status, 0);
             announce = m_node.getAnnounceIntervalMs();
             sync = m_node.getSyncIntervalMs();
-            m_node.setLogSyncInterval(1, 3, a_status, 0);
+            m_node.setLogSyncInterval(1, 40, a_status, 0);
             slow = m_node.getSyncIntervalMs();
         });
-    EXPECT_EQ(0u, announce);
+    // Beyond their bounds the intervals count as the shortest and the longest.
+    EXPECT_EQ(7u, announce);
     EXPECT_EQ(500u, sync);
-    EXPECT_EQ(8000u, slow);
+    EXPECT_EQ(4096000u, slow);
 }
 
 TEST_F(NodeTest, PortPropertiesRefuseOtherPortNumbers)

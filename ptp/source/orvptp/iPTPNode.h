@@ -61,8 +61,8 @@ public:
 #undef ORVPTP_ACCESSORS_CLOCK
 #undef ORVPTP_ACCESSORS_PORT
 
-    // Intervals in milliseconds from the port's log intervals: 1000 << n, or
-    // 1000 >> -n for negative n (so -10 gives 0).
+    // Intervals in milliseconds from the port's log intervals, held within
+    // the bounds of tLogInterval.h.
     virtual u32 getAnnounceIntervalMs() = 0;
     virtual u32 getSyncIntervalMs() = 0;
 

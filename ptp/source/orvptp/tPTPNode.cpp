@@ -2,6 +2,7 @@
 
 #include "orvptp/ports/tPTPStoppedPort.h"
 #include "orvptp/tForeignMasterAging.h"
+#include "orvptp/tLogInterval.h"
 #include "orvptp/tNodeEventGenerators.h"
 #include "orvptp/tProtocolDataUnit.h"
 #include "orvptp/tStateDecisionUpdate.h"
@@ -21,14 +22,6 @@ using namespace nOrvTarn000;
 
 namespace
 {
-
-// 1000 ms scaled by 2 to the power of a log interval, as a shift: -1 gives
-// 500, -10 gives 0.
-u32 intervalMs(i8 a_logInterval)
-{
-    return a_logInterval >= 0 ? (a_logInterval < 22 ? 1000u << a_logInterval : 0xFFFFFFFFu)
-                              : (a_logInterval > -32 ? 1000u >> -a_logInterval : 0u);
-}
 
 // A uniform draw from 0 to 1 inclusive, for the randomised timer times.
 double draw()
@@ -239,7 +232,7 @@ void tPTPNode::armForeignMasterTimeout(const tPortIdentity& a_sender, tStatus& a
 
 void tPTPNode::armDelayRequestTimer(tStatus& a_status)
 {
-    const double mean = intervalMs(m_portDS.getLogMinDelayReqInterval());
+    const double mean = logIntervalToMilliseconds(m_portDS.getLogMinDelayReqInterval());
     const u32 delay = static_cast<u32>(draw() * 2 * mean);
     const u32 id =
         scheduleOnce(makeOwned<tDelayRequestEventGenerator>(a_status, this), delay, a_status);
@@ -265,12 +258,12 @@ void tPTPNode::rearmPeriodic(u32 a_index, std::unique_ptr<iPTPEventGenerator> a_
 
 u32 tPTPNode::getAnnounceIntervalMs()
 {
-    return intervalMs(m_portDS.getLogAnnounceInterval());
+    return logIntervalToMilliseconds(m_portDS.getLogAnnounceInterval());
 }
 
 u32 tPTPNode::getSyncIntervalMs()
 {
-    return intervalMs(m_portDS.getLogSyncInterval());
+    return logIntervalToMilliseconds(m_portDS.getLogSyncInterval());
 }
 
 // ---- the transition rule ----

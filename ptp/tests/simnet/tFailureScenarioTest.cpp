@@ -184,4 +184,22 @@ TEST_F(FailureScenarioTest, ABrokenNetworkMakesThePortFaultyUntilRecovery)
                              {&third, kPortStateSlave, &first}}));
 }
 
+// A master sets the slave's Delay_Req interval through its Delay_Resp. One far
+// too short is held to the shortest the clock runs at (about 128 a second),
+// instead of a request loop that never lets time pass.
+TEST_F(FailureScenarioTest, AMastersExtremeDelayRequestIntervalIsBounded)
+{
+    tNodeSettings masterSettings = settingsWith(100);
+    masterSettings.m_logMinDelayReqInterval = -10;
+    tSimNode& master = addClock(1, masterSettings);
+    tSimNode& slave = addClock(2, settingsWith(120));
+    startAll();
+    ASSERT_TRUE(settlesInto({{&master, kPortStateMaster}, {&slave, kPortStateSlave, &master}}));
+    const u64 before = m_network.getSentCount(slave.getId(), kDelayReq);
+    ASSERT_TRUE(m_network.getClock().runFor(1000 * nOrvTarn000::tManualClock::kMillisecond));
+    const u64 requests = m_network.getSentCount(slave.getId(), kDelayReq) - before;
+    EXPECT_GE(requests, 64u);
+    EXPECT_LE(requests, 2u * 128u);
+}
+
 } // namespace

@@ -10,22 +10,12 @@ namespace nOrvPTP000
 using nOrvTarn000::makeOwned;
 using nOrvTarn000::tStatus;
 
-namespace
-{
-
-u32 intervalToMilliseconds(i8 a_logInterval)
-{
-    return a_logInterval >= 0 ? 1000u << a_logInterval : 1000u >> -a_logInterval;
-}
-
-} // namespace
-
 tPTPMasterPort::tPTPMasterPort(tPTPNode* a_pNode, tPortNetworkMaintainer* a_pNetworkMaintainer,
                                tPortDS* a_pPortDS, tStatus& a_status)
     : tPTPOperationalPort(a_pNode, a_pNetworkMaintainer, a_pPortDS)
 {
-    const u32 announceMs = intervalToMilliseconds(m_pPortDS->getLogAnnounceInterval());
-    const u32 syncMs = intervalToMilliseconds(m_pPortDS->getLogSyncInterval());
+    const u32 announceMs = m_pNode->getAnnounceIntervalMs();
+    const u32 syncMs = m_pNode->getSyncIntervalMs();
     if (a_status.isFatal())
     {
         return;
