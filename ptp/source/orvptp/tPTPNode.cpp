@@ -447,9 +447,19 @@ void tPTPNode::reinitializePort(tStatus& a_status)
     }
 }
 
+// Every step of this clean-up runs whatever the one before it did: a socket
+// that will not close must not leave the port running on a dead network with
+// its timers firing and no recovery. Failures are traced, not passed on, so
+// that the port goes on to FAULTY; only a recovery that cannot be armed is.
 void tPTPNode::handleNetworkFailure(tStatus& a_status)
 {
-    m_networkMaintainer.stop(a_status);
+    if (a_status.isFatal())
+    {
+        return;
+    }
+    tStatus closeStatus;
+    m_networkMaintainer.stop(closeStatus);
+    traceFailure("closing the network", closeStatus);
     const u8 state = currentState();
     // A FAULTY port runs no timer but its recovery, which a further failure
     // (a master's Sync and Announce fail together) must not cancel.
@@ -457,11 +467,24 @@ void tPTPNode::handleNetworkFailure(tStatus& a_status)
     {
         return;
     }
-    stopPortTimers(a_status);
-    if (a_status.isNotFatal() && state != kPortStateDisabled && m_automaticRecovery)
+    tStatus timerStatus;
+    stopPortTimers(timerStatus);
+    traceFailure("stopping the port's timers", timerStatus);
+    if (state != kPortStateDisabled && m_automaticRecovery)
     {
         schedulePeriodic(makeOwned<tNetworkRecoveryEventGenerator>(a_status, this), 0,
                          kRecoveryPeriodMs, a_status);
+    }
+}
+
+void tPTPNode::traceFailure(const char* a_pWhat, const tStatus& a_status)
+{
+    if (a_status.isFatal())
+    {
+        getTrace(0)
+            .writeHeader(ORVTARN_COMPONENT, __LINE__, __FILE__, 0, 0)
+            .writeFormatted("%s failed (%d)", a_pWhat, static_cast<int>(a_status.getCode()))
+            .endLine();
     }
 }
 

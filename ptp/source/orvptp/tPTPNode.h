@@ -89,7 +89,8 @@ public:
     // The common start of INITIALIZING: timers, tables and data sets back to
     // their initial state, the network reopened, the initialized check armed.
     void reinitializePort(tStatus& a_status);
-    // The network failed: close it, stop the timers, arm recovery if enabled.
+    // The network failed: close it, stop the timers, arm recovery if enabled,
+    // each step whatever became of the one before.
     void handleNetworkFailure(tStatus& a_status);
     // Resets the measurement and arms the master clock selected check.
     void prepareSlaveEntry(tStatus& a_status);
@@ -185,6 +186,8 @@ private:
     u8 currentState() const;
     // True when the timekeeper holds the port in its state for now.
     bool isHeld();
+    // One trace line for a clean-up step whose status holds a failure.
+    static void traceFailure(const char* a_pWhat, const tStatus& a_status);
     // Tells the property observers, then re-arms the timers that run at an
     // interval just written.
     void propertyWritten(i32 a_id, tStatus& a_status, i32 a_context) override;

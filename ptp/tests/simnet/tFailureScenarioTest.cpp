@@ -202,4 +202,27 @@ TEST_F(FailureScenarioTest, AMastersExtremeDelayRequestIntervalIsBounded)
     EXPECT_LE(requests, 2u * 128u);
 }
 
+// The network fails, and closing it fails too: the port still ends FAULTY with
+// its timers stopped (no Delay_Req leaves), and the recovery that is armed
+// brings it back.
+TEST_F(FailureScenarioTest, AFailingCloseStillEndsInFaultyWithTheRecoveryArmed)
+{
+    settleThree();
+    tSimNode& slave = *m_pThird;
+    tStatus status;
+    slave.node().writeProperty<AUTOMATIC_RECOVERY>(true, status);
+    slave.setAutoCalibrate(true);
+    const size_t before = slave.getTransitionCount();
+    m_network.failNextClose(slave.getId());
+    m_network.failNextReceive(slave.getId());
+    ASSERT_TRUE(slave.waitForEntry(kPortStateFaulty, before, kSettleBound));
+    ASSERT_TRUE(slave.waitForState(kPortStateInitializing, kSettleBound));
+    const std::vector<tTransition> transitions = slave.getTransitions();
+    EXPECT_EQ(transitions[before].m_oldState, kPortStateSlave);
+    EXPECT_EQ(transitions[before].m_newState, kPortStateFaulty);
+    EXPECT_TRUE(m_network.isOpen(slave.getId()));
+    slave.completeInitialization(status);
+    ASSERT_TRUE(settlesInto({{m_pFirst, kPortStateMaster}, {&slave, kPortStateSlave, m_pFirst}}));
+}
+
 } // namespace

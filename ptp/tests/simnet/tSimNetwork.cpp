@@ -89,9 +89,9 @@ void tSimMessaging::open(tStatus& a_status)
     m_network.open(m_id, a_status);
 }
 
-void tSimMessaging::close(tStatus&)
+void tSimMessaging::close(tStatus& a_status)
 {
-    m_network.close(m_id);
+    m_network.close(m_id, a_status);
 }
 
 void tSimMessaging::sendEventMessage(tProtocolDataUnit& a_rPdu, tStatus& a_status)
@@ -321,6 +321,12 @@ void tSimNetwork::setInFlightHook(tInFlightHook a_hook)
     m_hook = std::move(a_hook);
 }
 
+void tSimNetwork::failNextClose(u32 a_id)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    endpoint(a_id).m_failClose = true;
+}
+
 void tSimNetwork::failNextReceive(u32 a_id)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
@@ -446,10 +452,15 @@ void tSimNetwork::open(u32 a_id, tStatus& a_status)
     ++e.m_openCount;
 }
 
-void tSimNetwork::close(u32 a_id)
+void tSimNetwork::close(u32 a_id, tStatus& a_status)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     tEndpoint& e = endpoint(a_id);
+    if (e.m_failClose)
+    {
+        e.m_failClose = false;
+        ORVTARN_SET_CODE(a_status, kStatusSystemError);
+    }
     e.m_open = false;
     e.m_queue.clear();
     wakeLocked(e);

@@ -191,6 +191,8 @@ public:
     // The next receive of the endpoint fails with kStatusSystemError, as a
     // broken socket would.
     void failNextReceive(u32 a_id);
+    // The next close of the endpoint reports kStatusSystemError; it closes all the same.
+    void failNextClose(u32 a_id);
     void setPortStateHeld(u32 a_id, bool a_held);
 
     // Traffic counters by messageType (0 to 15).
@@ -247,6 +249,7 @@ private:
         bool m_cancelled = false;
         bool m_connected = true;
         bool m_failReceive = false;
+        bool m_failClose = false;
         bool m_held = false;
         u32 m_openCount = 0;
         // Signalled at every change a waiting receive must look at.
@@ -281,7 +284,7 @@ private:
     void wakeLocked(tEndpoint& a_rEndpoint);
 
     void open(u32 a_id, tStatus& a_status);
-    void close(u32 a_id);
+    void close(u32 a_id, tStatus& a_status);
     void send(u32 a_id, tProtocolDataUnit& a_rPdu, bool a_event, tStatus& a_status);
     void receive(u32 a_id, tProtocolDataUnit& a_rPdu, tStatus& a_status);
     // One look at the endpoint: true when the receive ends (datagram, cancel
