@@ -389,9 +389,15 @@ bool tSimNetwork::waitUntil(const std::function<bool()>& a_condition, tBound a_b
                             static_cast<u64>(std::chrono::nanoseconds(a_bound).count()));
 }
 
+// A receive looks at the endpoint before it waits, so a change while none is
+// under way needs no wake; and a receive thread that has ended leaves no
+// signal behind that the clock would count as work.
 void tSimNetwork::wakeLocked(tEndpoint& a_rEndpoint)
 {
-    m_clock.signal(*a_rEndpoint.m_pArrival);
+    if (a_rEndpoint.m_receiving)
+    {
+        m_clock.signal(*a_rEndpoint.m_pArrival);
+    }
 }
 
 bool tSimNetwork::makeKey(const u8* a_pData, u32 a_length, tKey& a_rKey)
@@ -540,7 +546,8 @@ void tSimNetwork::receive(u32 a_id, tProtocolDataUnit& a_rPdu, tStatus& a_status
         {
             std::lock_guard<std::mutex> lock(m_mutex);
             tEndpoint& e = endpoint(a_id);
-            if (tryReceiveLocked(e, a_rPdu, deadline, a_status))
+            e.m_receiving = !tryReceiveLocked(e, a_rPdu, deadline, a_status);
+            if (!e.m_receiving)
             {
                 return;
             }

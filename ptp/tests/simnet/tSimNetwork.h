@@ -250,6 +250,8 @@ private:
         bool m_connected = true;
         bool m_failReceive = false;
         bool m_failClose = false;
+        // A receive is under way: only then does a change wake it.
+        bool m_receiving = false;
         bool m_held = false;
         u32 m_openCount = 0;
         // Signalled at every change a waiting receive must look at.

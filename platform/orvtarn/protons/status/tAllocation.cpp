@@ -1,15 +1,34 @@
 #include "orvtarn/protons/status/tAllocation.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <limits>
 #include <new>
 
 namespace nOrvTarn000
 {
+namespace
+{
+
+std::atomic<u64> s_allocations(0);
+// The allocation count at which the injected failure falls; 0: none.
+std::atomic<u64> s_failAt(0);
+
+} // namespace
 
 bool isSimulator()
 {
     return false;
+}
+
+void failAllocation(u64 a_nth)
+{
+    s_failAt = a_nth == 0 ? 0 : s_allocations.load() + a_nth;
+}
+
+u64 getAllocationCount()
+{
+    return s_allocations.load();
 }
 
 void* allocate(u32 a_size, tStatus& a_status)
@@ -18,7 +37,9 @@ void* allocate(u32 a_size, tStatus& a_status)
     {
         return nullptr;
     }
-    void* pBlock = std::malloc(a_size);
+    const u64 count = ++s_allocations;
+    u64 failAt = count;
+    void* pBlock = s_failAt.compare_exchange_strong(failAt, 0) ? nullptr : std::malloc(a_size);
     if (pBlock == nullptr)
     {
         ORVTARN_SET_CODE(a_status, kStatusMemoryFull);
@@ -75,29 +96,27 @@ void operator delete[](void* a_pBlock, tStatus&, bool) noexcept
 
 // The program's own allocation family: plain new never throws and yields null
 // on exhaustion (callers test it), and every delete goes back to the same heap
-// as the status-taking new above.
+// as the status-taking new above. Injected failures leave it alone: the
+// library allocates through the wrappers, and plain new serves the code
+// round it.
 void* operator new(std::size_t a_size)
 {
-    tStatus status;
-    return operator new(a_size, status, true);
+    return std::malloc(a_size == 0 ? 1 : a_size);
 }
 
 void* operator new[](std::size_t a_size)
 {
-    tStatus status;
-    return operator new(a_size, status, true);
+    return std::malloc(a_size == 0 ? 1 : a_size);
 }
 
 void* operator new(std::size_t a_size, const std::nothrow_t&) noexcept
 {
-    tStatus status;
-    return operator new(a_size, status, true);
+    return std::malloc(a_size == 0 ? 1 : a_size);
 }
 
 void* operator new[](std::size_t a_size, const std::nothrow_t&) noexcept
 {
-    tStatus status;
-    return operator new(a_size, status, true);
+    return std::malloc(a_size == 0 ? 1 : a_size);
 }
 
 void operator delete(void* a_pBlock) noexcept

@@ -19,6 +19,14 @@ void releaseLocked(void* a_pBlock, u32 a_size);
 // never on this platform.
 bool isSimulator();
 
+// Fault injection: from now on the a_nth allocation through allocate() (the
+// status-taking new and the containers' allocator) fails as exhaustion would,
+// once; 0 switches it off. Plain new, which only code outside the library
+// uses, is not counted.
+void failAllocation(u64 a_nth);
+// How many allocations went through allocate() since the program started.
+u64 getAllocationCount();
+
 } // namespace nOrvTarn000
 
 // The status-taking allocation: "new (a_status) tFoo(...)" yields null, without
