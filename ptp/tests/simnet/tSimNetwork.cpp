@@ -371,6 +371,12 @@ u32 tSimNetwork::getPendingCount(u32 a_id)
     return static_cast<u32>(endpoint(a_id).m_queue.size());
 }
 
+bool tSimNetwork::isReceiving(u32 a_id)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return endpoint(a_id).m_receiving;
+}
+
 std::vector<tSample> tSimNetwork::getSamples(u32 a_id)
 {
     std::lock_guard<std::mutex> lock(m_mutex);

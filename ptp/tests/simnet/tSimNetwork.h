@@ -202,6 +202,8 @@ public:
     u32 getOpenCount(u32 a_id);
     // Datagrams queued for the endpoint, due or not.
     u32 getPendingCount(u32 a_id);
+    // True while a receive of the endpoint waits.
+    bool isReceiving(u32 a_id);
 
     std::vector<tSample> getSamples(u32 a_id);
     std::vector<tTimestamp> getSteps(u32 a_id);

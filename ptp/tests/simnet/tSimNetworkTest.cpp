@@ -44,6 +44,11 @@ TEST(SimNetworkTest, ADatagramCrossesAtItsDelayWithExactTimesAndACancelEndsARece
             network.getMessaging(b)->receiveMessage(next, receiveStatus);
             cancelCode = receiveStatus.getCode();
         });
+    // The receiver is a thread the clock knows from its first wait on.
+    while (!network.isReceiving(b))
+    {
+        std::this_thread::yield();
+    }
     network.getMessaging(a)->sendEventMessage(sent, status);
     ASSERT_TRUE(network.waitUntil([&] { return arrival >= 0; }, std::chrono::milliseconds(1)));
     EXPECT_EQ(700, arrival.load());
