@@ -13,14 +13,12 @@
 #include "orvptp/tNodeDataSets.h"
 #include "orvptp/tNodeEvents.h"
 #include "orvptp/tNodeProperty.h"
+#include "orvptp/tObserverList.h"
 #include "orvptp/tPTPDispatcher.h"
 #include "orvptp/tPortNetworkMaintainer.h"
 #include "orvptp/tSyncDelayExchange.h"
 #include "orvptp/tTimedEventGenerator.h"
-#include "orvtarn/protons/status/tAllocator.h"
 #include "orvtarn/quarks/tMutex.h"
-
-#include <vector>
 
 namespace nOrvPTP000
 {
@@ -177,8 +175,6 @@ public:
 
 private:
     typedef iPTPPort* (iPTPPort::*tPortOperation)(tStatus&);
-    template <typename T>
-    using tVector = std::vector<T, nOrvTarn000::tAllocator<T>>;
 
     // Asks the port object for the next state and, if it changed, cancels
     // the master's send timers, deletes the old object and tells observers.
@@ -196,10 +192,6 @@ private:
     void setById(void** a_pValues, u16 a_portNumber, tStatus& a_status);
     template <typename tEventClass>
     bool postNew(tStatus& a_status);
-    template <typename tObserver>
-    void addObserver(tVector<tObserver*>& a_rObservers, tObserver* a_pObserver, tStatus& a_status);
-    template <typename tObserver>
-    void removeObserver(tVector<tObserver*>& a_rObservers, tObserver* a_pObserver);
 
     // Reception: each takes the parsed message (and deletes or hands it on);
     // a_state is the port state at its arrival.
@@ -241,8 +233,8 @@ private:
     tDefaultBestMasterClockAlgorithm m_bmcAlgorithm;
     std::unique_ptr<tTimedEventGenerator> m_pTimedEventGenerator;
     nOrvTarn000::tMutex m_mutex;
-    tVector<iPortStateObserver*> m_portStateObservers;
-    tVector<iPropertyChangeObserver*> m_propertyObservers;
+    tObserverList<iPortStateObserver> m_portStateObservers;
+    tObserverList<iPropertyChangeObserver> m_propertyObservers;
 };
 
 template <i32 kId>

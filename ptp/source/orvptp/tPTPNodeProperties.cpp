@@ -2,8 +2,6 @@
 
 #include "orvtarn/protons/status/tAssertion.h"
 
-#include <algorithm>
-
 // Property access by id, for callers on other threads (through the get and
 // set events), observers, and the helpers every typed setter shares.
 
@@ -22,30 +20,6 @@ T& valueAt(void** a_pValues, u32 a_index)
 }
 
 } // namespace
-
-template <typename tObserver>
-void tPTPNode::addObserver(tVector<tObserver*>& a_rObservers, tObserver* a_pObserver,
-                           tStatus& a_status)
-{
-    if (a_status.isFatal() ||
-        std::find(a_rObservers.begin(), a_rObservers.end(), a_pObserver) != a_rObservers.end())
-    {
-        return;
-    }
-    a_rObservers.push_back(a_pObserver);
-    CHECK_ALLOCATION(a_rObservers, a_status);
-}
-
-template <typename tObserver>
-void tPTPNode::removeObserver(tVector<tObserver*>& a_rObservers, tObserver* a_pObserver)
-{
-    typename tVector<tObserver*>::iterator it =
-        std::find(a_rObservers.begin(), a_rObservers.end(), a_pObserver);
-    if (it != a_rObservers.end())
-    {
-        a_rObservers.erase(it);
-    }
-}
 
 template <i32 kId>
 void tPTPNode::setById(void** a_pValues, u16 a_portNumber, tStatus& a_status)
@@ -102,16 +76,16 @@ void tPTPNode::setProperty(i32 a_id, void** a_pValues, u16 a_portNumber, tEvent*
 #define ORVPTP_OTHER_PROPERTY(id)
 #include "orvptp/tNodeProperties.def"
     case ADD_PORT_STATE_OBSERVER:
-        addObserver(m_portStateObservers, valueAt<iPortStateObserver*>(a_pValues, 0), status);
+        m_portStateObservers.add(valueAt<iPortStateObserver*>(a_pValues, 0), status);
         break;
     case REMOVE_PORT_STATE_OBSERVER:
-        removeObserver(m_portStateObservers, valueAt<iPortStateObserver*>(a_pValues, 0));
+        m_portStateObservers.remove(valueAt<iPortStateObserver*>(a_pValues, 0));
         break;
     case ADD_PROPERTY_OBSERVER:
-        addObserver(m_propertyObservers, valueAt<iPropertyChangeObserver*>(a_pValues, 0), status);
+        m_propertyObservers.add(valueAt<iPropertyChangeObserver*>(a_pValues, 0), status);
         break;
     case REMOVE_PROPERTY_OBSERVER:
-        removeObserver(m_propertyObservers, valueAt<iPropertyChangeObserver*>(a_pValues, 0));
+        m_propertyObservers.remove(valueAt<iPropertyChangeObserver*>(a_pValues, 0));
         break;
     case EXTERNAL_CHECKS:
         m_externalChecks = valueAt<bool>(a_pValues, 0);
