@@ -166,6 +166,25 @@ public:
     FAKE_NODE_FIELD(bool, bool, EndToEndTransparentClockFlag, m_endToEndTransparentClock)
     FAKE_NODE_FIELD(bool, bool, ManagementNodeFlag, m_managementNode)
 
+    // The clock description beyond its flags is not the fake's concern.
+    nOrvPTP000::tPTPText getPhysicalLayerProtocol(u16) override { return {}; }
+    void setPhysicalLayerProtocol(u16, const nOrvPTP000::tPTPText&, tStatus&, i32) override {}
+    u16 getPhysicalAddress(u16, u8*, tStatus&) override { return 0; }
+    void setPhysicalAddress(u16, const u8*, u16, tStatus&, i32) override {}
+    u16 getPhysicalAddressLength(u16) override { return 0; }
+    nOrvPTP000::tPortAddress getProtocolAddress(u16) override { return {}; }
+    void setProtocolAddress(u16, const nOrvPTP000::tPortAddress&, tStatus&, i32) override {}
+    void getManufacturerIdentity(u8*, tStatus&) override {}
+    void setManufacturerIdentity(const u8*, tStatus&, i32) override {}
+    nOrvPTP000::tPTPText getProductDescription() override { return {}; }
+    void setProductDescription(const nOrvPTP000::tPTPText&, tStatus&, i32) override {}
+    nOrvPTP000::tPTPText getRevisionData() override { return {}; }
+    void setRevisionData(const nOrvPTP000::tPTPText&, tStatus&, i32) override {}
+    nOrvPTP000::tPTPText getUserDescription() override { return {}; }
+    void setUserDescription(const nOrvPTP000::tPTPText&, tStatus&, i32) override {}
+    void getProfileIdentity(u16, u8*, tStatus&) override {}
+    void setProfileIdentity(u16, const u8*, tStatus&, i32) override {}
+
     u32 getAnnounceIntervalMs() override
     {
         return logIntervalToMilliseconds(m_logAnnounceInterval);

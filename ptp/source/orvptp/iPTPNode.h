@@ -1,6 +1,8 @@
 #pragma once
 #include "orvptp/tClockIdentity.h"
 #include "orvptp/tClockQuality.h"
+#include "orvptp/tPTPText.h"
+#include "orvptp/tPortAddress.h"
 #include "orvptp/tPortIdentity.h"
 #include "orvptp/tTimeInterval.h"
 #include "orvptp/tTimestamp.h"
@@ -60,6 +62,33 @@ public:
 #include "orvptp/tNodeProperties.def"
 #undef ORVPTP_ACCESSORS_CLOCK
 #undef ORVPTP_ACCESSORS_PORT
+
+    // The clock description beyond its flags. Per port: the physical layer
+    // protocol, the physical address (into or from a buffer of up to 16
+    // octets), the protocol address and the 6-octet profile; then the
+    // 3-octet manufacturer identity and the three descriptions.
+    virtual tPTPText getPhysicalLayerProtocol(u16 a_portNumber) = 0;
+    virtual void setPhysicalLayerProtocol(u16 a_portNumber, const tPTPText& a_value,
+                                          tStatus& a_status, i32 a_context) = 0;
+    virtual u16 getPhysicalAddress(u16 a_portNumber, u8* a_pBytes, tStatus& a_status) = 0;
+    virtual void setPhysicalAddress(u16 a_portNumber, const u8* a_pBytes, u16 a_length,
+                                    tStatus& a_status, i32 a_context) = 0;
+    virtual u16 getPhysicalAddressLength(u16 a_portNumber) = 0;
+    virtual tPortAddress getProtocolAddress(u16 a_portNumber) = 0;
+    virtual void setProtocolAddress(u16 a_portNumber, const tPortAddress& a_value,
+                                    tStatus& a_status, i32 a_context) = 0;
+    virtual void getManufacturerIdentity(u8* a_pBytes, tStatus& a_status) = 0;
+    virtual void setManufacturerIdentity(const u8* a_pBytes, tStatus& a_status, i32 a_context) = 0;
+    virtual tPTPText getProductDescription() = 0;
+    virtual void setProductDescription(const tPTPText& a_value, tStatus& a_status,
+                                       i32 a_context) = 0;
+    virtual tPTPText getRevisionData() = 0;
+    virtual void setRevisionData(const tPTPText& a_value, tStatus& a_status, i32 a_context) = 0;
+    virtual tPTPText getUserDescription() = 0;
+    virtual void setUserDescription(const tPTPText& a_value, tStatus& a_status, i32 a_context) = 0;
+    virtual void getProfileIdentity(u16 a_portNumber, u8* a_pBytes, tStatus& a_status) = 0;
+    virtual void setProfileIdentity(u16 a_portNumber, const u8* a_pBytes, tStatus& a_status,
+                                    i32 a_context) = 0;
 
     // Intervals in milliseconds from the port's log intervals, held within
     // the bounds of tLogInterval.h.

@@ -32,6 +32,36 @@ public:
 #undef ORVPTP_ACCESSORS_CLOCK
 #undef ORVPTP_ACCESSORS_PORT
 
+    tPTPText getPhysicalLayerProtocol(u16 a_portNumber) override;
+    void setPhysicalLayerProtocol(u16 a_portNumber, const tPTPText& a_value, tStatus& a_status,
+                                  i32 a_context) override;
+    u16 getPhysicalAddress(u16 a_portNumber, u8* a_pBytes, tStatus& a_status) override;
+    void setPhysicalAddress(u16 a_portNumber, const u8* a_pBytes, u16 a_length, tStatus& a_status,
+                            i32 a_context) override;
+    u16 getPhysicalAddressLength(u16 a_portNumber) override;
+    tPortAddress getProtocolAddress(u16 a_portNumber) override;
+    void setProtocolAddress(u16 a_portNumber, const tPortAddress& a_value, tStatus& a_status,
+                            i32 a_context) override;
+    void getManufacturerIdentity(u8* a_pBytes, tStatus& a_status) override;
+    void setManufacturerIdentity(const u8* a_pBytes, tStatus& a_status, i32 a_context) override;
+    tPTPText getProductDescription() override;
+    void setProductDescription(const tPTPText& a_value, tStatus& a_status, i32 a_context) override;
+    tPTPText getRevisionData() override;
+    void setRevisionData(const tPTPText& a_value, tStatus& a_status, i32 a_context) override;
+    tPTPText getUserDescription() override;
+    void setUserDescription(const tPTPText& a_value, tStatus& a_status, i32 a_context) override;
+    void getProfileIdentity(u16 a_portNumber, u8* a_pBytes, tStatus& a_status) override;
+    void setProfileIdentity(u16 a_portNumber, const u8* a_pBytes, tStatus& a_status,
+                            i32 a_context) override;
+
+    // A description from its parts, each a NUL-terminated string or null
+    // (a_pParts[2] unused for the user description); it tells the observers
+    // as the whole-text setter does.
+    void setDescriptionParts(i32 a_id, const char* const* a_pParts, tStatus& a_status);
+    // Copies each part of a description into the caller's buffer of the part
+    // size; a null buffer takes nothing.
+    void getDescriptionParts(i32 a_id, char* const* a_pBuffers);
+
 protected:
     // Every typed setter ends here, with the status of its write.
     virtual void propertyWritten(i32 a_id, tStatus& a_status, i32 a_context) = 0;

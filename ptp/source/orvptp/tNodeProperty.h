@@ -4,6 +4,8 @@
 namespace nOrvPTP000
 {
 
+using nOrvTarn000::tStatus;
+
 class iPortStateObserver;
 class iPropertyChangeObserver;
 
@@ -72,20 +74,24 @@ struct tNodeProperty;
 #undef ORVPTP_PORT_NUMBER_CLOCK
 #undef ORVPTP_PORT_NUMBER_PORT
 
-// The node's own flags and observer lists, reached only by id.
-#define ORVPTP_NODE_PROPERTY(id, tCarriedValue)                                                    \
+// The properties of one value beyond the table: parts of the port's
+// description, and the node's own flags and observer lists.
+#define ORVPTP_NODE_PROPERTY(id, tCarriedValue, portNumber)                                        \
     template <>                                                                                    \
     struct tNodeProperty<id>                                                                       \
     {                                                                                              \
         typedef tCarriedValue tValue;                                                              \
-        static constexpr u16 kPortNumber = 0;                                                      \
+        static constexpr u16 kPortNumber = portNumber;                                             \
     };
-ORVPTP_NODE_PROPERTY(EXTERNAL_CHECKS, bool)
-ORVPTP_NODE_PROPERTY(AUTOMATIC_RECOVERY, bool)
-ORVPTP_NODE_PROPERTY(ADD_PORT_STATE_OBSERVER, iPortStateObserver*)
-ORVPTP_NODE_PROPERTY(REMOVE_PORT_STATE_OBSERVER, iPortStateObserver*)
-ORVPTP_NODE_PROPERTY(ADD_PROPERTY_OBSERVER, iPropertyChangeObserver*)
-ORVPTP_NODE_PROPERTY(REMOVE_PROPERTY_OBSERVER, iPropertyChangeObserver*)
+ORVPTP_NODE_PROPERTY(PHYSICAL_LAYER_PROTOCOL, tPTPText, 1)
+ORVPTP_NODE_PROPERTY(PHYSICAL_ADDRESS_LENGTH, u16, 1)
+ORVPTP_NODE_PROPERTY(PROTOCOL_ADDRESS, tPortAddress, 1)
+ORVPTP_NODE_PROPERTY(EXTERNAL_CHECKS, bool, 0)
+ORVPTP_NODE_PROPERTY(AUTOMATIC_RECOVERY, bool, 0)
+ORVPTP_NODE_PROPERTY(ADD_PORT_STATE_OBSERVER, iPortStateObserver*, 0)
+ORVPTP_NODE_PROPERTY(REMOVE_PORT_STATE_OBSERVER, iPortStateObserver*, 0)
+ORVPTP_NODE_PROPERTY(ADD_PROPERTY_OBSERVER, iPropertyChangeObserver*, 0)
+ORVPTP_NODE_PROPERTY(REMOVE_PROPERTY_OBSERVER, iPropertyChangeObserver*, 0)
 #undef ORVPTP_NODE_PROPERTY
 
 } // namespace nOrvPTP000

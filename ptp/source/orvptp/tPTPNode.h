@@ -127,6 +127,15 @@ public:
     typename tNodeProperty<kId>::tValue readProperty(tStatus& a_status);
     template <i32 kId>
     void writeProperty(const typename tNodeProperty<kId>::tValue& a_value, tStatus& a_status);
+    // The same with the event's list of value pointers as getProperty and
+    // setProperty read it: one to three entries.
+    enum tAccess
+    {
+        kGet,
+        kSet
+    };
+    void accessProperty(tAccess a_access, i32 a_id, void* const* a_pValues, u32 a_count,
+                        u16 a_portNumber, tStatus& a_status);
 
     u32 getAnnounceIntervalMs() override;
     u32 getSyncIntervalMs() override;
@@ -241,12 +250,8 @@ template <i32 kId>
 typename tNodeProperty<kId>::tValue tPTPNode::readProperty(tStatus& a_status)
 {
     typename tNodeProperty<kId>::tValue value{};
-    void* values[1] = {&value};
-    nOrvTarn000::tEvent done(a_status);
-    postEventAndWait(nOrvTarn000::makeOwned<tGetDatasetEvent>(a_status, this, kId, values, 1,
-                                                              tNodeProperty<kId>::kPortNumber,
-                                                              &done, &a_status),
-                     &done, a_status);
+    void* const values[1] = {&value};
+    accessProperty(kGet, kId, values, 1, tNodeProperty<kId>::kPortNumber, a_status);
     return value;
 }
 
@@ -254,12 +259,8 @@ template <i32 kId>
 void tPTPNode::writeProperty(const typename tNodeProperty<kId>::tValue& a_value, tStatus& a_status)
 {
     // The handler only reads through the pointer.
-    void* values[1] = {const_cast<typename tNodeProperty<kId>::tValue*>(&a_value)};
-    nOrvTarn000::tEvent done(a_status);
-    postEventAndWait(nOrvTarn000::makeOwned<tSetDatasetEvent>(a_status, this, kId, values, 1,
-                                                              tNodeProperty<kId>::kPortNumber,
-                                                              &done, &a_status),
-                     &done, a_status);
+    void* const values[1] = {const_cast<typename tNodeProperty<kId>::tValue*>(&a_value)};
+    accessProperty(kSet, kId, values, 1, tNodeProperty<kId>::kPortNumber, a_status);
 }
 
 } // namespace nOrvPTP000

@@ -21,6 +21,24 @@ T& valueAt(void** a_pValues, u32 a_index)
 
 } // namespace
 
+void tPTPNode::accessProperty(tAccess a_access, i32 a_id, void* const* a_pValues, u32 a_count,
+                              u16 a_portNumber, tStatus& a_status)
+{
+    tEvent done(a_status);
+    std::unique_ptr<iPTPEvent> pEvent;
+    if (a_access == kGet)
+    {
+        pEvent = makeOwned<tGetDatasetEvent>(a_status, this, a_id, a_pValues, a_count, a_portNumber,
+                                             &done, &a_status);
+    }
+    else
+    {
+        pEvent = makeOwned<tSetDatasetEvent>(a_status, this, a_id, a_pValues, a_count, a_portNumber,
+                                             &done, &a_status);
+    }
+    postEventAndWait(std::move(pEvent), &done, a_status);
+}
+
 template <i32 kId>
 void tPTPNode::setById(void** a_pValues, u16 a_portNumber, tStatus& a_status)
 {
@@ -49,6 +67,37 @@ void tPTPNode::getProperty(i32 a_id, void** a_pValues, u16 a_portNumber, tEvent*
         break;
 #define ORVPTP_OTHER_PROPERTY(id)
 #include "orvptp/tNodeProperties.def"
+    case PHYSICAL_LAYER_PROTOCOL:
+        checkPortNumber(a_portNumber, status);
+        valueAt<tPTPText>(a_pValues, 0) = getPhysicalLayerProtocol(a_portNumber);
+        break;
+    case PHYSICAL_ADDRESS_LENGTH:
+        checkPortNumber(a_portNumber, status);
+        valueAt<u16>(a_pValues, 0) = getPhysicalAddressLength(a_portNumber);
+        break;
+    case PHYSICAL_ADDRESS:
+        getPhysicalAddress(a_portNumber, valueAt<u8*>(a_pValues, 0), status);
+        break;
+    case PROTOCOL_ADDRESS:
+        checkPortNumber(a_portNumber, status);
+        valueAt<tPortAddress>(a_pValues, 0) = getProtocolAddress(a_portNumber);
+        break;
+    case MANUFACTURER_IDENTITY:
+        getManufacturerIdentity(valueAt<u8*>(a_pValues, 0), status);
+        break;
+    case PRODUCT_DESCRIPTION:
+    case REVISION_DATA:
+    case USER_DESCRIPTION:
+    {
+        char* const buffers[3] = {valueAt<char*>(a_pValues, 0), valueAt<char*>(a_pValues, 1),
+                                  a_id == USER_DESCRIPTION ? nullptr
+                                                           : valueAt<char*>(a_pValues, 2)};
+        getDescriptionParts(a_id, buffers);
+        break;
+    }
+    case PROFILE_IDENTITY:
+        getProfileIdentity(a_portNumber, valueAt<u8*>(a_pValues, 0), status);
+        break;
     case EXTERNAL_CHECKS:
         valueAt<bool>(a_pValues, 0) = m_externalChecks;
         break;
@@ -75,6 +124,35 @@ void tPTPNode::setProperty(i32 a_id, void** a_pValues, u16 a_portNumber, tEvent*
         break;
 #define ORVPTP_OTHER_PROPERTY(id)
 #include "orvptp/tNodeProperties.def"
+    case PHYSICAL_LAYER_PROTOCOL:
+    {
+        const tPTPText text(static_cast<const char*>(a_pValues[0]), status);
+        setPhysicalLayerProtocol(a_portNumber, text, status, 0);
+        break;
+    }
+    case PHYSICAL_ADDRESS:
+        setPhysicalAddress(a_portNumber, valueAt<const u8*>(a_pValues, 0),
+                           valueAt<u16>(a_pValues, 1), status, 0);
+        break;
+    case PROTOCOL_ADDRESS:
+        setProtocolAddress(a_portNumber, valueAt<tPortAddress>(a_pValues, 0), status, 0);
+        break;
+    case MANUFACTURER_IDENTITY:
+        setManufacturerIdentity(valueAt<const u8*>(a_pValues, 0), status, 0);
+        break;
+    case PRODUCT_DESCRIPTION:
+    case REVISION_DATA:
+    case USER_DESCRIPTION:
+    {
+        const char* const parts[3] = {
+            valueAt<const char*>(a_pValues, 0), valueAt<const char*>(a_pValues, 1),
+            a_id == USER_DESCRIPTION ? nullptr : valueAt<const char*>(a_pValues, 2)};
+        setDescriptionParts(a_id, parts, status);
+        break;
+    }
+    case PROFILE_IDENTITY:
+        setProfileIdentity(a_portNumber, valueAt<const u8*>(a_pValues, 0), status, 0);
+        break;
     case ADD_PORT_STATE_OBSERVER:
         m_portStateObservers.add(valueAt<iPortStateObserver*>(a_pValues, 0), status);
         break;
