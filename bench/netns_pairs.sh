@@ -15,8 +15,6 @@ here=$(cd "$(dirname "$0")" && pwd)
 netns_dir="${here}/../tests/netns"
 clock=$1
 seconds=${2:-20}
-# shellcheck source-path=SCRIPTDIR source=../tests/netns/netns.sh
-source "${netns_dir}/netns.sh"
 # shellcheck source-path=SCRIPTDIR source=../tests/netns/clock_common.sh
 source "${netns_dir}/clock_common.sh"
 netns_require_root
@@ -28,11 +26,7 @@ if ! [ -x "${timer}" ]; then
   timer=""
 fi
 
-work=$(mktemp -d)
-# shellcheck disable=SC2317 # called by the clean-up of netns.sh
-netns_on_exit() {
-  rm -rf "${work}"
-}
+clock_scratch
 
 # Runs a command in namespace <i> under GNU time, which writes
 # "<user s> <system s> <peak RSS KiB>" as the last line of <file>.
@@ -99,13 +93,12 @@ pair() {
   if [ "${master_kind}" = ours ]; then
     run_ours 1 $((seconds + 1)) "${tag}_master" --priority1 100 &
   else
-    run_ptp4l 1 $((seconds + 1)) "${tag}_master" "priority1 10" "free_running 1" &
+    run_ptp4l 1 $((seconds + 1)) "${tag}_master" "${PTP4L_MASTER[@]}" &
   fi
   if [ "${slave_kind}" = ours ]; then
     run_ours 2 "${seconds}" "${tag}_slave" --priority1 200 &
   else
-    run_ptp4l 2 "${seconds}" "${tag}_slave" "slaveOnly 1" "clock_servo linreg" \
-      "first_step_threshold 0.0" "step_threshold 0.0" "sanity_freq_limit 0" &
+    run_ptp4l 2 "${seconds}" "${tag}_slave" "${PTP4L_SLAVE[@]}" &
   fi
   wait
   netns_cleanup
