@@ -1,24 +1,44 @@
 // zmptp_clock: one PTP ordinary clock on one network device, on the real
 // network layer, for tests, benchmarks and demonstrations.
 //
-// The clock reads the system clock (CLOCK_REALTIME) and never steers it:
-// a requested step and every measured sample are only recorded and printed.
-// So two clocks on one machine measure, as offsetFromMaster, the error of the
-// whole measurement path between them.
+// By default the clock reads the system clock (CLOCK_REALTIME) and never
+// steers it: a requested step and every measured sample are only recorded and
+// printed. So two clocks on one machine measure, as offsetFromMaster, the
+// error of the whole measurement path between them.
+//
+// With --steer the clock is a software time reference instead, started off
+// the system clock by --clock-offset-ns and --clock-ppm, and steered by the
+// plug-in core's timekeeper from the samples (tSteeredClock.h); all its
+// timestamps are the reference's time. Since every clock on the machine
+// shares the system clock, the reference's time minus the system clock's is
+// its true error from the master.
 //
 // Output, one line each, flushed at once:
 //   state <OLD> -> <NEW>                       every port state change
 //   offset <ns> delay <ns>                     every measured Sync (as slave)
+//   servo t=<s> error_ns=<ns> rate_ppm=<ppm> offset_ns=<ns> synchronized=<0|1>
+//         samples=<n>                          every second, with --steer
 //   summary samples=<n> median_abs_offset_ns=<ns> p95_abs_offset_ns=<ns>
 //           mean_delay_ns=<ns> all_samples=<n>  at the end
+//   servo_summary samples=<n> failed=<n> first_failure=<code>
+//           synchronized_after_samples=<n> synchronized_after_s=<s>
+//           within_10us_after_samples=<n> within_10us_after_s=<s>
+//           median_abs_error_ns=<ns> p95_abs_error_ns=<ns> max_abs_error_ns=<ns>
+//                                              at the end, with --steer
 //   send_window samples=<n> p50_ns=<ns> p99_ns=<ns> max_ns=<ns>
 //                                              at the end, when asked for
 // The summary covers the samples from the first one with a measured path
-// delay on. With --clock-offset-ns the offsets include that offset.
+// delay on. With --clock-offset-ns the offsets include that offset (without
+// --steer). The servo line gives the true error, the rate (how much faster
+// than its counter the reference runs), the timekeeper's offset and its
+// synchronized flag; its summary the sample (counted from the first) and the
+// time from the start after which the flag, and |true error| < 10 us, held
+// to the end ("-" if they did not), and |true error| over the second half of
+// the samples.
 //
 // The clock announces the arbitrary timescale: its time is the system
 // clock's, which counts UTC (as linuxptp's ptp4l does with software
-// timestamps).
+// timestamps), or, steered, follows its master's.
 //
 // Settings are written each time the port enters INITIALIZING (a start, and
 // every re-initialisation after a fault), because the clock then puts its
@@ -34,12 +54,14 @@
 #include "orvtarn/protons/status/tAllocation.h"
 #include "tClientUdpNetworkInterface.h"
 #include "tNetworkDevices.h"
+#include "tSteeredClock.h"
 #include "tTimestampGenerator.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cinttypes>
+#include <cmath>
 #include <csignal>
 #include <cstdarg>
 #include <cstdio>
@@ -60,6 +82,7 @@ using nOrvTarn000::tStatus;
 using nZelmarPtpPlugin_1_0::tClientUdpNetworkInterface;
 using nZelmarPtpPlugin_1_0::tNetworkDeviceConfig;
 using nZelmarPtpPlugin_1_0::tTimestampGenerator;
+using nZmptpTool::tSteeredClock;
 
 namespace
 {
@@ -85,8 +108,10 @@ struct tOptions
     bool m_automaticRecovery = false;
     bool m_reportSendWindow = false;
     bool m_quietOffsets = false;
+    bool m_steer = false;
     double m_durationSeconds = 0.0;
     long long m_clockOffsetNs = 0;
+    double m_clockPpm = 0.0;
 };
 
 void printUsage(FILE* a_pFile)
@@ -109,7 +134,11 @@ void printUsage(FILE* a_pFile)
                  "  --report-send-window          print the send window percentiles at the end\n"
                  "  --quiet-offsets               no line per Sync, only the summary\n"
                  "  --clock-offset-ns N           read the system clock plus N ns, as a clock\n"
-                 "                                that is off by N would (0)\n");
+                 "                                that is off by N would (0)\n"
+                 "  --steer                       steer a software clock instead, started\n"
+                 "                                --clock-offset-ns ahead of the system clock\n"
+                 "  --clock-ppm P                 with --steer: the software clock runs P ppm\n"
+                 "                                fast until steered, -1000..1000 (0)\n");
 }
 
 bool parseInteger(const char* a_pText, int a_min, int a_max, int& a_rValue)
@@ -202,8 +231,13 @@ bool parseOptions(int a_argc, char** a_argv, tOptions& a_rOptions)
         {
             a_rOptions.m_quietOffsets = true;
         }
+        else if (option == "--steer")
+        {
+            a_rOptions.m_steer = true;
+        }
         else if ((option == "--interface" || option == "--mac" || option == "--name" ||
-                  option == "--duration" || option == "--clock-offset-ns") &&
+                  option == "--duration" || option == "--clock-offset-ns" ||
+                  option == "--clock-ppm") &&
                  pValue != nullptr)
         {
             ++i;
@@ -233,6 +267,17 @@ bool parseOptions(int a_argc, char** a_argv, tOptions& a_rOptions)
                     return false;
                 }
             }
+            else if (option == "--clock-ppm")
+            {
+                char* pEnd = nullptr;
+                a_rOptions.m_clockPpm = std::strtod(pValue, &pEnd);
+                if (pEnd == pValue || *pEnd != '\0' ||
+                    !(std::fabs(a_rOptions.m_clockPpm) <= 1000.0))
+                {
+                    std::fprintf(stderr, "zmptp_clock: --clock-ppm takes -1000 to 1000\n");
+                    return false;
+                }
+            }
             else
             {
                 char* pEnd = nullptr;
@@ -259,6 +304,11 @@ bool parseOptions(int a_argc, char** a_argv, tOptions& a_rOptions)
     if (a_rOptions.m_interface.empty() == a_rOptions.m_mac.empty())
     {
         std::fprintf(stderr, "zmptp_clock: give exactly one of --interface and --mac\n");
+        return false;
+    }
+    if (a_rOptions.m_clockPpm != 0.0 && !a_rOptions.m_steer)
+    {
+        std::fprintf(stderr, "zmptp_clock: --clock-ppm needs --steer\n");
         return false;
     }
     return true;
@@ -334,14 +384,16 @@ i64 percentile(std::vector<i64> a_values, double a_fraction)
     return a_values[rank - 1];
 }
 
-// The system clock, read and never steered. Each thread keeps its last two
-// readings, so that the send window probe can tell how far apart the two
-// readings around a send were.
-class tSystemClockTimekeeper : public nOrvPTP000::iPTPTimekeeper
+// The node's clock: the system clock, read and never steered, or, given one,
+// the steered clock. Each thread keeps its last two readings, so that the
+// send window probe can tell how far apart the two readings around a send
+// were.
+class tNodeTimekeeper : public nOrvPTP000::iPTPTimekeeper
 {
 public:
-    tSystemClockTimekeeper(tOutput& a_rOutput, i64 a_offsetNs)
-        : m_rOutput(a_rOutput), m_offsetNs(a_offsetNs), m_pNode(nullptr)
+    tNodeTimekeeper(tOutput& a_rOutput, i64 a_offsetNs, tSteeredClock* a_pSteeredClock)
+        : m_rOutput(a_rOutput), m_offsetNs(a_offsetNs), m_pSteeredClock(a_pSteeredClock),
+          m_pNode(nullptr)
     {
     }
 
@@ -355,22 +407,39 @@ public:
         {
             return;
         }
-        timespec now;
-        if (::clock_gettime(CLOCK_REALTIME, &now) != 0)
+        if (m_pSteeredClock != nullptr)
         {
-            ORVTARN_SET_CODE(a_status, nOrvTarn000::kStatusSystemError);
-            return;
+            a_rTime = m_pSteeredClock->getTime(a_status);
+            if (a_status.isFatal())
+            {
+                return;
+            }
         }
-        const i64 reading = static_cast<i64>(now.tv_sec) * 1000000000LL + now.tv_nsec + m_offsetNs;
-        a_rTime = tTimestamp(static_cast<u64>(reading / 1000000000LL),
-                             static_cast<u32>(reading % 1000000000LL));
+        else
+        {
+            timespec now;
+            if (::clock_gettime(CLOCK_REALTIME, &now) != 0)
+            {
+                ORVTARN_SET_CODE(a_status, nOrvTarn000::kStatusSystemError);
+                return;
+            }
+            const i64 reading =
+                static_cast<i64>(now.tv_sec) * 1000000000LL + now.tv_nsec + m_offsetNs;
+            a_rTime = tTimestamp(static_cast<u64>(reading / 1000000000LL),
+                                 static_cast<u32>(reading % 1000000000LL));
+        }
+        const i64 reading = toNanoseconds(a_rTime);
         s_previousReading = s_lastReading;
         s_lastReading = reading;
     }
 
     void stepTime(const tTimestamp& a_rTime, tStatus& a_status) override
     {
-        if (a_status.isNotFatal())
+        if (m_pSteeredClock != nullptr)
+        {
+            m_pSteeredClock->stepTime(a_rTime, a_status);
+        }
+        else if (a_status.isNotFatal())
         {
             m_rOutput.line("step requested to %" PRIu64 ".%09u (not applied)", a_rTime.getSeconds(),
                            a_rTime.getNanoseconds());
@@ -407,6 +476,10 @@ public:
         {
             m_rOutput.line("offset %" PRId64 " delay %" PRId64, offset, delay);
         }
+        if (m_pSteeredClock != nullptr)
+        {
+            m_pSteeredClock->addSample(a_rMasterTime, a_rLocalTime, a_status);
+        }
     }
 
     bool isPortStateHeld() override { return false; }
@@ -439,6 +512,7 @@ private:
 
     tOutput& m_rOutput;
     const i64 m_offsetNs;
+    tSteeredClock* const m_pSteeredClock;
     tPTPNode* m_pNode;
     bool m_quiet = false;
     // Set by the first sample with a measured path delay; the summary starts
@@ -450,8 +524,8 @@ private:
     std::vector<i64> m_delays;
 };
 
-thread_local i64 tSystemClockTimekeeper::s_lastReading = 0;
-thread_local i64 tSystemClockTimekeeper::s_previousReading = 0;
+thread_local i64 tNodeTimekeeper::s_lastReading = 0;
+thread_local i64 tNodeTimekeeper::s_previousReading = 0;
 
 // Stands in front of the timestamp generator and measures the send window:
 // the time between the two clock readings that the network layer takes
@@ -484,7 +558,7 @@ public:
     {
         i64 after = 0;
         i64 before = 0;
-        tSystemClockTimekeeper::lastReadings(after, before);
+        tNodeTimekeeper::lastReadings(after, before);
         const i64 window = after - before;
         if (window >= 0 && after + window / 2 == toNanoseconds(a_rTime))
         {
@@ -629,9 +703,12 @@ tClockIdentity clockIdentityOf(const u8* a_pMac)
     return tClockIdentity(bytes);
 }
 
-// Waits for SIGINT or SIGTERM, or for the duration to run out (0: no limit).
-// The signals are blocked in every thread, so that they wait here.
-void waitForEnd(const sigset_t& a_signals, double a_durationSeconds, tOutput& a_rOutput)
+// Waits for SIGINT or SIGTERM, or for the duration to run out (0: no limit),
+// and calls a_eachSecond after every whole second of waiting. The signals are
+// blocked in every thread, so that they wait here.
+template <typename tEachSecond>
+void waitForEnd(const sigset_t& a_signals, double a_durationSeconds, tOutput& a_rOutput,
+                tEachSecond a_eachSecond)
 {
     timespec start;
     ::clock_gettime(CLOCK_MONOTONIC, &start);
@@ -661,7 +738,55 @@ void waitForEnd(const sigset_t& a_signals, double a_durationSeconds, tOutput& a_
             a_rOutput.line("signal %d: stopping", signal);
             return;
         }
+        if (wait.tv_sec == 1)
+        {
+            a_eachSecond();
+        }
     }
+}
+
+void printServoState(tSteeredClock& a_rClock, tOutput& a_rOutput)
+{
+    tStatus status;
+    const tSteeredClock::tState state = a_rClock.readState(status);
+    if (status.isNotFatal())
+    {
+        a_rOutput.line("servo t=%.1f error_ns=%" PRId64 " rate_ppm=%.3f offset_ns=%" PRId64
+                       " synchronized=%d samples=%u",
+                       state.m_seconds, state.m_errorNs, state.m_ratePpm, state.m_offsetNs,
+                       state.m_synchronized ? 1 : 0, state.m_samples);
+    }
+}
+
+// A count and time after which a condition held, or "-" for both.
+std::string heldAfter(const char* a_pName, u32 a_samples, f64 a_seconds)
+{
+    char text[96];
+    if (a_seconds < 0.0)
+    {
+        std::snprintf(text, sizeof(text), "%s_after_samples=- %s_after_s=-", a_pName, a_pName);
+    }
+    else
+    {
+        std::snprintf(text, sizeof(text), "%s_after_samples=%u %s_after_s=%.1f", a_pName, a_samples,
+                      a_pName, a_seconds);
+    }
+    return text;
+}
+
+void printServoSummary(tSteeredClock& a_rClock, tOutput& a_rOutput)
+{
+    const tSteeredClock::tSummary summary = a_rClock.summarize();
+    a_rOutput.line(
+        "servo_summary samples=%u failed=%u first_failure=%d %s %s median_abs_error_ns=%.0f "
+        "p95_abs_error_ns=%.0f max_abs_error_ns=%.0f",
+        summary.m_samples, summary.m_failedSamples, summary.m_firstFailure,
+        heldAfter("synchronized", summary.m_samplesUntilSynchronized,
+                  summary.m_secondsUntilSynchronized)
+            .c_str(),
+        heldAfter("within_10us", summary.m_samplesUntilWithin10us, summary.m_secondsUntilWithin10us)
+            .c_str(),
+        summary.m_medianAbsError * 1e9, summary.m_p95AbsError * 1e9, summary.m_maxAbsError * 1e9);
 }
 
 } // namespace
@@ -722,7 +847,20 @@ int main(int a_argc, char** a_argv)
     output.line("clock %02x%02x%02x.%02x%02x.%02x%02x%02x on %s (%s)", id[0], id[1], id[2], id[3],
                 id[4], id[5], id[6], id[7], device.m_name, address);
 
-    tSystemClockTimekeeper timekeeper(output, options.m_clockOffsetNs);
+    std::unique_ptr<tSteeredClock> pSteeredClock;
+    if (options.m_steer)
+    {
+        pSteeredClock = nOrvTarn000::makeOwned<tSteeredClock>(status, options.m_clockOffsetNs,
+                                                              options.m_clockPpm, status);
+        if (pSteeredClock == nullptr || status.isFatal())
+        {
+            std::fprintf(stderr, "zmptp_clock: the steered clock could not be built (%d)\n",
+                         status.getCode());
+            return kExitFailure;
+        }
+    }
+    tNodeTimekeeper timekeeper(output, options.m_steer ? 0 : options.m_clockOffsetNs,
+                               pSteeredClock.get());
     timekeeper.setQuiet(options.m_quietOffsets);
     tTimestampGenerator timestampGenerator(status);
     tSendWindowProbe probe(timestampGenerator);
@@ -744,6 +882,10 @@ int main(int a_argc, char** a_argv)
     pNode->writeProperty<nOrvPTP000::EXTERNAL_CHECKS>(true, flagStatus);
     pNode->writeProperty<nOrvPTP000::AUTOMATIC_RECOVERY>(options.m_automaticRecovery, flagStatus);
     pNode->writeProperty<nOrvPTP000::ADD_PORT_STATE_OBSERVER>(&driver, flagStatus);
+    if (pSteeredClock != nullptr)
+    {
+        pNode->writeProperty<nOrvPTP000::ADD_PORT_STATE_OBSERVER>(pSteeredClock.get(), flagStatus);
+    }
     if (flagStatus.isFatal())
     {
         std::fprintf(stderr, "zmptp_clock: the clock refused its flags\n");
@@ -759,7 +901,14 @@ int main(int a_argc, char** a_argv)
         }
         else
         {
-            waitForEnd(signals, options.m_durationSeconds, output);
+            waitForEnd(signals, options.m_durationSeconds, output,
+                       [&]()
+                       {
+                           if (pSteeredClock != nullptr)
+                           {
+                               printServoState(*pSteeredClock, output);
+                           }
+                       });
         }
     }
 
@@ -770,6 +919,10 @@ int main(int a_argc, char** a_argv)
     driver.setNode(nullptr);
 
     timekeeper.printSummary();
+    if (pSteeredClock != nullptr)
+    {
+        printServoSummary(*pSteeredClock, output);
+    }
     if (options.m_reportSendWindow)
     {
         probe.printReport(output);

@@ -8,8 +8,6 @@
 set -uo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 clock=$1
-# shellcheck source-path=SCRIPTDIR source=netns.sh
-source "${here}/netns.sh"
 # shellcheck source-path=SCRIPTDIR source=clock_common.sh
 source "${here}/clock_common.sh"
 netns_require_root
@@ -20,30 +18,12 @@ fi
 
 seconds=8
 
-work=$(mktemp -d)
-netns_on_exit() {
-  rm -rf "${work}"
-}
-failures=0
-check() {
-  local what=$1
-  shift
-  if "$@"; then
-    echo "ok   ${what}"
-  else
-    echo "FAIL ${what}"
-    failures=$((failures + 1))
-  fi
-}
+clock_test_start 2
 # Decodes the capture; the display filter picks the frames, one line each.
 frames() {
   tshark -r "${work}/capture.pcapng" -Y "$1" -T fields -e frame.number 2>/dev/null | grep -c .
 }
 
-netns_setup 2 || {
-  echo "FAIL: namespaces could not be built" >&2
-  exit 1
-}
 capture="${work}/capture.pcapng"
 netns_run 1 $((seconds + 15)) tshark -i "${NETNS_DEVICE}" -f "udp port 319 or udp port 320" \
   -a "duration:$((seconds + 2))" -w "${capture}" -q >"${work}/tshark.log" 2>&1 &

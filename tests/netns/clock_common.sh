@@ -1,10 +1,13 @@
 # shellcheck shell=bash
-# For the tests, the benchmark and the demo that run zmptp_clock, and
-# linuxptp's ptp4l, in the namespaces of netns.sh. Source after netns.sh.
+# For the tests and the benchmark that run zmptp_clock, and linuxptp's ptp4l,
+# in the namespaces of netns.sh, which this file sources.
 #
 #   CLOCK_FAST                  zmptp_clock options for short intervals:
 #                               Announce 4/s (a silent master is noticed after
 #                               0.75 s), Sync and Delay_Req 8/s.
+#   PTP4L_MASTER, PTP4L_SLAVE   ptp4l configuration lines for ptp4l_config: a
+#                               master that wins over our clocks' defaults,
+#                               and a slave-only clock.
 #   wait_for_line <file> <regex> <seconds> [count]
 #                               true as soon as the file holds <count> (1)
 #                               lines that match the extended regex.
@@ -32,6 +35,11 @@
 #                               runs ptp4l in namespace i, with software
 #                               timestamps over UDP/IPv4 on the namespace's
 #                               device, messages on stdout.
+#   clock_scratch               makes the scratch directory ${work}, removed
+#                               at exit.
+#   clock_test_start <n>        for a test: clock_scratch, no failures
+#                               counted yet (check of netns.sh), and n
+#                               namespaces (exits 1 when they cannot be built).
 #
 # ptp4l never steers the machine's clock here: it runs without the capability
 # to set time (CAP_SYS_TIME is taken out of its bounding set before it
@@ -40,8 +48,18 @@
 # reaches its locked state (and the port SLAVE) although its adjustments are
 # refused; the free-running mode of this ptp4l never leaves UNCALIBRATED.
 
+# shellcheck source-path=SCRIPTDIR source=netns.sh
+source "$(dirname "${BASH_SOURCE[0]}")/netns.sh"
+
 # shellcheck disable=SC2034 # used by the scripts that source this file
 CLOCK_FAST=(--log-announce-interval -2 --log-sync-interval -3 --log-delay-req-interval -3)
+# shellcheck disable=SC2034
+PTP4L_MASTER=("priority1 10" "free_running 1")
+# The slave's servo is refused every adjustment, so ptp4l's own check of the
+# clock's frequency would call the steady offset a fault: it is off.
+# shellcheck disable=SC2034
+PTP4L_SLAVE=("slaveOnly 1" "clock_servo linreg" "first_step_threshold 0.0" "step_threshold 0.0"
+  "sanity_freq_limit 0")
 
 # The capability bit of CAP_SYS_TIME.
 _CLOCK_CAP_SYS_TIME=25
@@ -142,4 +160,21 @@ ptp4l_config() {
 ptp4l_run() {
   netns_run "$1" "$2" setpriv --bounding-set=-sys_time --inh-caps=-sys_time -- \
     ptp4l -4 -S -i "${NETNS_DEVICE}" -m -q -f "$3"
+}
+
+clock_scratch() {
+  work=$(mktemp -d)
+  # shellcheck disable=SC2317 # called by the clean-up of netns.sh
+  netns_on_exit() {
+    rm -rf "${work}"
+  }
+}
+
+clock_test_start() {
+  clock_scratch
+  failures=0
+  netns_setup "$1" || {
+    echo "FAIL: namespaces could not be built" >&2
+    exit 1
+  }
 }

@@ -11,8 +11,6 @@ set -uo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 clock=$1
 python=${2:-python3}
-# shellcheck source-path=SCRIPTDIR source=netns.sh
-source "${here}/netns.sh"
 # shellcheck source-path=SCRIPTDIR source=clock_common.sh
 source "${here}/clock_common.sh"
 netns_require_root
@@ -21,22 +19,6 @@ if ! command -v "${python}" >/dev/null 2>&1; then
   exit 1
 fi
 
-work=$(mktemp -d)
-# shellcheck disable=SC2317 # called by the clean-up of netns.sh
-netns_on_exit() {
-  rm -rf "${work}"
-}
-failures=0
-check() {
-  local what=$1
-  shift
-  if "$@"; then
-    echo "ok   ${what}"
-  else
-    echo "FAIL ${what}"
-    failures=$((failures + 1))
-  fi
-}
 finish() {
   echo "--- our clock (per-Sync lines left out)"
   grep -v ' delay ' "${work}/clock.log"
@@ -50,10 +32,7 @@ require() {
   check "$@" || finish
 }
 
-netns_setup 2 || {
-  echo "FAIL: namespaces could not be built" >&2
-  exit 1
-}
+clock_test_start 2
 clock_log="${work}/clock.log"
 peer_log="${work}/peer.log"
 netns_run 2 50 "${python}" "${here}/legacy_peer.py" --address "$(netns_address 2)" \

@@ -8,8 +8,6 @@
 set -uo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 clock=$1
-# shellcheck source-path=SCRIPTDIR source=netns.sh
-source "${here}/netns.sh"
 # shellcheck source-path=SCRIPTDIR source=clock_common.sh
 source "${here}/clock_common.sh"
 netns_require_root
@@ -21,26 +19,7 @@ max_median_error_ns=1000000
 min_samples=20
 seconds=10
 
-work=$(mktemp -d)
-netns_on_exit() {
-  rm -rf "${work}"
-}
-failures=0
-check() {
-  local what=$1
-  shift
-  if "$@"; then
-    echo "ok   ${what}"
-  else
-    echo "FAIL ${what}"
-    failures=$((failures + 1))
-  fi
-}
-
-netns_setup 2 || {
-  echo "FAIL: namespaces could not be built" >&2
-  exit 1
-}
+clock_test_start 2
 netns_run 1 $((seconds + 10)) "${clock}" --interface "${NETNS_DEVICE}" --priority1 100 \
   "${CLOCK_FAST[@]}" --duration "${seconds}" >"${work}/master.log" 2>&1 &
 master=$!

@@ -16,28 +16,10 @@
 set -uo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 clock=$1
-# shellcheck source-path=SCRIPTDIR source=netns.sh
-source "${here}/netns.sh"
 # shellcheck source-path=SCRIPTDIR source=clock_common.sh
 source "${here}/clock_common.sh"
 netns_require_root
 
-work=$(mktemp -d)
-# shellcheck disable=SC2317 # called by the clean-up of netns.sh
-netns_on_exit() {
-  rm -rf "${work}"
-}
-failures=0
-check() {
-  local what=$1
-  shift
-  if "$@"; then
-    echo "ok   ${what}"
-  else
-    echo "FAIL ${what}"
-    failures=$((failures + 1))
-  fi
-}
 finish() {
   local name
   for name in master b c; do
@@ -51,10 +33,7 @@ require() {
   check "$@" || finish
 }
 
-netns_setup 3 || {
-  echo "FAIL: namespaces could not be built" >&2
-  exit 1
-}
+clock_test_start 3
 master_log="${work}/master.log"
 b_log="${work}/b.log"
 c_log="${work}/c.log"

@@ -13,8 +13,6 @@ set -uo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 clock=$1
 mode=$2
-# shellcheck source-path=SCRIPTDIR source=netns.sh
-source "${here}/netns.sh"
 # shellcheck source-path=SCRIPTDIR source=clock_common.sh
 source "${here}/clock_common.sh"
 netns_require_root
@@ -26,33 +24,13 @@ max_median_error_ns=1000000
 min_samples=20
 seconds=10
 
-work=$(mktemp -d)
-# shellcheck disable=SC2317 # called by the clean-up of netns.sh
-netns_on_exit() {
-  rm -rf "${work}"
-}
-failures=0
-check() {
-  local what=$1
-  shift
-  if "$@"; then
-    echo "ok   ${what}"
-  else
-    echo "FAIL ${what}"
-    failures=$((failures + 1))
-  fi
-}
-
-netns_setup 2 || {
-  echo "FAIL: namespaces could not be built" >&2
-  exit 1
-}
+clock_test_start 2
 ours="${work}/ours.log"
 theirs="${work}/ptp4l.log"
 config="${work}/ptp4l.cfg"
 case "${mode}" in
   ptp4l-master)
-    ptp4l_config "${config}" "priority1 10" "free_running 1"
+    ptp4l_config "${config}" "${PTP4L_MASTER[@]}"
     # The master outlives the slave, which must not see it go.
     ptp4l_run 1 $((seconds + 2)) "${config}" >"${theirs}" 2>&1 &
     netns_run 2 $((seconds + 10)) "${clock}" --interface "${NETNS_DEVICE}" "${CLOCK_FAST[@]}" \
@@ -73,10 +51,7 @@ case "${mode}" in
     check "ours was still SLAVE at the end" grep -q -- 'SLAVE -> STOPPED$' "${ours}"
     ;;
   ptp4l-slave)
-    # Its servo is refused every adjustment, so ptp4l's own check of the
-    # clock's frequency would call the steady offset a fault: it is off.
-    ptp4l_config "${config}" "slaveOnly 1" "clock_servo linreg" \
-      "first_step_threshold 0.0" "step_threshold 0.0" "sanity_freq_limit 0"
+    ptp4l_config "${config}" "${PTP4L_SLAVE[@]}"
     # The master outlives the slave, which must not see it go.
     ptp4l_run 1 "${seconds}" "${config}" >"${theirs}" 2>&1 &
     netns_run 2 $((seconds + 10)) "${clock}" --interface "${NETNS_DEVICE}" --priority1 100 \

@@ -23,6 +23,9 @@
 #                               deletes them; safe to call more than once, and
 #                               called again at exit.
 #   netns_require_root          exits 77 (the test's skip code) unless root.
+#   check <what> <command...>   runs the command; prints "ok   <what>" or
+#                               "FAIL <what>" and counts the failure in
+#                               ${failures}.
 #
 # Settings, read by netns_setup: NETNS_SUBNET (the <x> above, default 100).
 # A caller with clean-up of its own defines netns_on_exit; it runs first.
@@ -193,4 +196,15 @@ netns_link() {
       return 1
       ;;
   esac
+}
+
+check() {
+  local what=$1
+  shift
+  if "$@"; then
+    echo "ok   ${what}"
+  else
+    echo "FAIL ${what}"
+    failures=$((failures + 1))
+  fi
 }

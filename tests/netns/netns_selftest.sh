@@ -15,17 +15,6 @@ netns_on_exit() {
 }
 trap netns_on_exit EXIT
 
-check() {
-  local what=$1
-  shift
-  if "$@"; then
-    echo "ok   ${what}"
-  else
-    echo "FAIL ${what}"
-    failures=$((failures + 1))
-  fi
-}
-
 # The namespaces of the harness run by the shell with this pid.
 namespaces_of() {
   ip netns list | awk '{print $1}' | grep -E "^zmptp-$1-" || true

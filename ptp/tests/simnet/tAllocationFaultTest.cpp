@@ -49,7 +49,8 @@ tOutcome runScenario(u64 a_failAt)
     master.start(masterStatus);
     slave.start(slaveStatus);
     outcome.m_settled = network.waitUntil(
-        [&] { return master.getState() == kPortStateMaster && slave.getState() == kPortStateSlave; },
+        [&]
+        { return master.getState() == kPortStateMaster && slave.getState() == kPortStateSlave; },
         kRunBound);
     outcome.m_measured =
         outcome.m_settled &&
@@ -85,7 +86,8 @@ TEST(AllocationFaultTest, EveryAllocationOfAClocksLifeMayFail)
     const u64 step = total <= kMaxRuns ? 1 : (total + kMaxRuns - 1) / kMaxRuns;
     u64 runs = 0, settled = 0, measured = 0;
     const char* pOnly = std::getenv("ZM_FAIL_AT");
-    for (u64 failAt = pOnly ? std::strtoull(pOnly, nullptr, 10) : 1; failAt <= total; failAt += pOnly ? total : step)
+    for (u64 failAt = pOnly ? std::strtoull(pOnly, nullptr, 10) : 1; failAt <= total;
+         failAt += pOnly ? total : step)
     {
         const tOutcome outcome = runScenario(failAt);
         ++runs;
