@@ -85,10 +85,10 @@ std::unique_ptr<tPTPMessage> makeAnnounce(tStatus& a_status)
 std::unique_ptr<tPTPMessage> makeAnnounceWithTLV(tStatus& a_status)
 {
     std::unique_ptr<tPTPMessage> pMessage = makeAnnounce(a_status);
-    tLXIConsortiumNotDefinedTLV* pTLV = new tLXIConsortiumNotDefinedTLV();
+    auto pTLV = std::make_unique<tLXIConsortiumNotDefinedTLV>();
     const u8 data[8] = {1, 2, 3, 4, 5, 6, 7, 8};
     pTLV->setData(data, sizeof(data), a_status);
-    pMessage->getSuffix()->addTLV(pTLV, a_status);
+    pMessage->getSuffix()->addTLV(std::move(pTLV), a_status);
     return pMessage;
 }
 
@@ -103,9 +103,8 @@ void BM_Parse(benchmark::State& a_state, tMaker a_make)
     for (auto _ : a_state)
     {
         unit.rewind();
-        tPTPMessage* pMessage = tPTPMessageFactory::createMessage(unit, status);
-        benchmark::DoNotOptimize(pMessage);
-        delete pMessage;
+        std::unique_ptr<tPTPMessage> pMessage = tPTPMessageFactory::createMessage(unit, status);
+        benchmark::DoNotOptimize(pMessage.get());
     }
     if (status.isFatal())
     {

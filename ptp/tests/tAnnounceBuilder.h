@@ -94,14 +94,14 @@ public:
         return *this;
     }
 
-    // A new message; the caller owns it. Null only when memory runs out.
-    tAnnounceMessage* build() const
+    // A new message; null only when memory runs out.
+    std::unique_ptr<tAnnounceMessage> make() const
     {
         nOrvTarn000::tStatus status;
-        tAnnounceMessage* pMessage = new (status) tAnnounceMessage(status);
-        if (pMessage == nullptr || status.isFatal())
+        std::unique_ptr<tAnnounceMessage> pMessage =
+            nOrvTarn000::makeOwned<tAnnounceMessage>(status, status);
+        if (status.isFatal())
         {
-            delete pMessage;
             return nullptr;
         }
         nOrvPTP000::tMessageHeader& header = *pMessage->getHeader();
@@ -121,11 +121,6 @@ public:
         pMessage->setCurrentUTCOffset(m_utcOffset, status);
         pMessage->setTimeSource(m_timeSource, status);
         return pMessage;
-    }
-
-    std::unique_ptr<tAnnounceMessage> make() const
-    {
-        return std::unique_ptr<tAnnounceMessage>(build());
     }
 
 private:

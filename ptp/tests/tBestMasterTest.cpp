@@ -139,9 +139,10 @@ protected:
     // One more Announce of a_builder's sender; returns the stored message.
     const tAnnounceMessage* receive(const tAnnounceBuilder& a_builder)
     {
-        tAnnounceMessage* pMessage = a_builder.build();
-        m_table.addAnnounce(pMessage, m_status);
-        return pMessage;
+        std::unique_ptr<tAnnounceMessage> pMessage = a_builder.make();
+        const tAnnounceMessage* pStored = pMessage.get();
+        m_table.addAnnounce(std::move(pMessage), m_status);
+        return pStored;
     }
 
     // A qualified foreign master: two Announce messages in the window.
@@ -305,10 +306,11 @@ protected:
     static const tAnnounceMessage* qualified(tForeignMasterDS& a_table,
                                              const tAnnounceBuilder& a_builder, tStatus& a_status)
     {
-        a_table.addAnnounce(a_builder.build(), a_status);
-        tAnnounceMessage* pMessage = a_builder.build();
-        a_table.addAnnounce(pMessage, a_status);
-        return pMessage;
+        a_table.addAnnounce(a_builder.make(), a_status);
+        std::unique_ptr<tAnnounceMessage> pMessage = a_builder.make();
+        const tAnnounceMessage* pStored = pMessage.get();
+        a_table.addAnnounce(std::move(pMessage), a_status);
+        return pStored;
     }
 
     void run() { m_algorithm.runBestMasterClock(m_node, m_output, m_status); }

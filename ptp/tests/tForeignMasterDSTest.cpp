@@ -37,9 +37,9 @@ class ForeignMasterDSTest : public ::testing::Test
 protected:
     ForeignMasterDSTest() : m_table(m_status), m_output(1, m_status) {}
 
-    static tAnnounceMessage* announceFrom(const tPortIdentity& a_sender)
+    static std::unique_ptr<tAnnounceMessage> announceFrom(const tPortIdentity& a_sender)
     {
-        return tAnnounceBuilder(a_sender.getClockIdentity()).sender(a_sender).build();
+        return tAnnounceBuilder(a_sender.getClockIdentity()).sender(a_sender).make();
     }
 
     // An Announce of a_sender arrives; true when it made a new record.
@@ -60,7 +60,7 @@ protected:
         {
             if ((*it)->getSender() == a_sender)
             {
-                return *it;
+                return it->get();
             }
         }
         return nullptr;
@@ -115,12 +115,14 @@ TEST_F(ForeignMasterDSTest, WindowHoldsFourSlotsAndSlidingDisqualifies)
 
 TEST_F(ForeignMasterDSTest, RecordKeepsOnlyTheNewestAnnounce)
 {
-    tAnnounceMessage* pFirst = announceFrom(m_senderA);
-    tAnnounceMessage* pSecond = announceFrom(m_senderA);
-    m_table.addAnnounce(pFirst, m_status);
-    EXPECT_EQ(recordOf(m_senderA)->getLastAnnounce(), pFirst);
+    std::unique_ptr<tAnnounceMessage> pFirst = announceFrom(m_senderA);
+    std::unique_ptr<tAnnounceMessage> pSecondOwned = announceFrom(m_senderA);
+    const tAnnounceMessage* pSecond = pSecondOwned.get();
+    const tAnnounceMessage* pFirstHeld = pFirst.get();
+    m_table.addAnnounce(std::move(pFirst), m_status);
+    EXPECT_EQ(recordOf(m_senderA)->getLastAnnounce(), pFirstHeld);
     // The first is freed here; the sanitizer build catches a leak or a reuse.
-    m_table.addAnnounce(pSecond, m_status);
+    m_table.addAnnounce(std::move(pSecondOwned), m_status);
     EXPECT_EQ(recordOf(m_senderA)->getLastAnnounce(), pSecond);
     EXPECT_EQ(recordOf(m_senderA)->getSender(), m_senderA);
 }
@@ -268,8 +270,9 @@ TEST_F(ForeignMasterDSTest, ADecisionFollowsItsSendersNewestAnnounce)
     storeForeignAnnounce(announceFrom(m_senderB), m_table, m_output, m_timer, m_status);
     EXPECT_EQ(m_output.getDecision(1, m_status).m_pMessage, recordOf(m_senderA)->getLastAnnounce());
 
-    tAnnounceMessage* pNewest = announceFrom(m_senderA);
-    storeForeignAnnounce(pNewest, m_table, m_output, m_timer, m_status);
+    std::unique_ptr<tAnnounceMessage> pNewestOwned = announceFrom(m_senderA);
+    const tAnnounceMessage* pNewest = pNewestOwned.get();
+    storeForeignAnnounce(std::move(pNewestOwned), m_table, m_output, m_timer, m_status);
     const tStateDecision decision = m_output.getDecision(1, m_status);
     EXPECT_EQ(decision.m_pMessage, pNewest);
     EXPECT_EQ(decision.m_decision, kDecisionPassive);
@@ -280,8 +283,9 @@ TEST_F(ForeignMasterDSTest, ADecisionFollowsItsSendersNewestAnnounce)
 TEST_F(ForeignMasterDSTest, ARefusedAnnounceLeavesTheDecisionOnTheStoredOne)
 {
     tForeignMasterDS table(m_status, 1);
-    tAnnounceMessage* pStored = announceFrom(m_senderA);
-    table.addAnnounce(pStored, m_status);
+    std::unique_ptr<tAnnounceMessage> pStoredOwned = announceFrom(m_senderA);
+    const tAnnounceMessage* pStored = pStoredOwned.get();
+    table.addAnnounce(std::move(pStoredOwned), m_status);
     m_output.setDecision(1, tStateDecision(kDecisionSlave, kUpdateS1, pStored), m_status);
 
     storeForeignAnnounce(announceFrom(m_senderA), table, m_output, m_timer, m_status);

@@ -68,7 +68,7 @@ tReceived receiveDatagram(const tBytes& a_bytes)
     tProtocolDataUnit unit(status);
     receive(unit, a_bytes);
     tReceived result;
-    result.m_pMessage.reset(tPTPMessageFactory::createMessage(unit, status));
+    result.m_pMessage = tPTPMessageFactory::createMessage(unit, status);
     result.m_code = status.getCode();
     result.m_readBits = unit.getReadPositionBits();
     return result;
@@ -163,9 +163,9 @@ TEST(MessageFactoryTest, ATLVCutByTheDatagramsEndIsDroppedWithoutError)
 {
     tStatus status;
     tSyncMessage sync(status);
-    tLXIConsortiumNotDefinedTLV* pTLV = new tLXIConsortiumNotDefinedTLV();
+    auto pTLV = std::make_unique<tLXIConsortiumNotDefinedTLV>();
     pTLV->setData("0123456789", 10, status);
-    sync.getSuffix()->addTLV(pTLV, status);
+    sync.getSuffix()->addTLV(std::move(pTLV), status);
     const tBytes full = serialized(sync, status);
     ASSERT_EQ(full.size(), 44u + 20u);
     for (std::size_t length = 44; length < full.size(); ++length)

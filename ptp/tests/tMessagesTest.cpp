@@ -501,9 +501,9 @@ TEST(MessageFramingTest, MessageLengthCountsTheSuffixAndMatchesTheDatagram)
 {
     tStatus status;
     tSyncMessage sync(status);
-    tLXIConsortiumNotDefinedTLV* pTLV = new tLXIConsortiumNotDefinedTLV();
+    auto pTLV = std::make_unique<tLXIConsortiumNotDefinedTLV>();
     pTLV->setData("abc", 3, status);
-    sync.getSuffix()->addTLV(pTLV, status);
+    sync.getSuffix()->addTLV(std::move(pTLV), status);
     const tBytes wire = serialized(sync, status);
     EXPECT_EQ(status.getCode(), 0);
     ASSERT_EQ(wire.size(), 44u + 13u);
@@ -555,16 +555,16 @@ TEST(MessageFramingTest, AssignmentCopiesHeaderAndClonesTLVs)
     tStatus status;
     tSyncMessage source(status);
     source.getHeader()->setSequenceId(99, status);
-    tLXIConsortiumNotDefinedTLV* pTLV = new tLXIConsortiumNotDefinedTLV();
+    auto pTLV = std::make_unique<tLXIConsortiumNotDefinedTLV>();
     pTLV->setData("xy", 2, status);
-    source.getSuffix()->addTLV(pTLV, status);
+    source.getSuffix()->addTLV(std::move(pTLV), status);
 
     tSyncMessage copy(status);
     copy = source;
     EXPECT_EQ(copy.getHeader()->getSequenceId(), 99);
     ASSERT_EQ(copy.getSuffix()->getTLVCount(), 1u);
     tTLV* pCopied = copy.getSuffix()->getTLV(0, status);
-    EXPECT_NE(pCopied, pTLV);
+    EXPECT_NE(pCopied, source.getSuffix()->getTLV(0, status));
     EXPECT_EQ(serialized(copy, status), serialized(source, status));
 }
 

@@ -96,11 +96,11 @@ private:
 class SyncDelayExchangeTest : public ::testing::Test
 {
 protected:
-    tSyncMessage* makeSync(u16 a_sequenceId, bool a_twoStep, const tTimestamp& a_origin,
-                           i64 a_correctionField = 0)
+    std::unique_ptr<tSyncMessage> makeSync(u16 a_sequenceId, bool a_twoStep,
+                                           const tTimestamp& a_origin, i64 a_correctionField = 0)
     {
         tStatus build;
-        tSyncMessage* pSync = new tTracked<tSyncMessage>(m_deletions, build);
+        std::unique_ptr<tSyncMessage> pSync(new tTracked<tSyncMessage>(m_deletions, build));
         fillHeader(*pSync, a_sequenceId, a_correctionField);
         pSync->getHeader()->setTwoStepFlag(a_twoStep, build);
         pSync->setOriginTimestamp(a_origin, build);
@@ -127,30 +127,34 @@ protected:
     void followUp(u16 a_sequenceId, i64 a_t1, i64 a_correctionField = 0)
     {
         tStatus build;
-        tFollowUpMessage* pFollowUp = new tTracked<tFollowUpMessage>(m_deletions, build);
+        std::unique_ptr<tFollowUpMessage> pFollowUp(
+            new tTracked<tFollowUpMessage>(m_deletions, build));
         fillHeader(*pFollowUp, a_sequenceId, a_correctionField);
         pFollowUp->setPreciseOriginTimestamp(at(a_t1), build);
-        m_exchange.handleFollowUp(m_currentDS, &m_timekeeper, pFollowUp, m_status);
+        m_exchange.handleFollowUp(m_currentDS, &m_timekeeper, std::move(pFollowUp), m_status);
     }
 
     // Sends a Delay_Req whose transmit time will be a_t3.
     tProtocolDataUnit* sendDelayReq(i64 a_t3)
     {
         tStatus build;
-        tProtocolDataUnit* pPacket = new tTracked<tProtocolDataUnit>(m_deletions, build);
-        m_generator.m_pKnownPacket = pPacket;
+        std::unique_ptr<tProtocolDataUnit> pPacket(
+            new tTracked<tProtocolDataUnit>(m_deletions, build));
+        tProtocolDataUnit* pSent = pPacket.get();
+        m_generator.m_pKnownPacket = pSent;
         m_generator.m_transmitTime = at(a_t3);
-        m_exchange.attachDelayRequest(pPacket, m_status);
-        return pPacket;
+        m_exchange.attachDelayRequest(std::move(pPacket), m_status);
+        return pSent;
     }
 
     void delayResp(i64 a_t4, i64 a_correctionField = 0)
     {
         tStatus build;
-        tDelayRespMessage* pResponse = new tTracked<tDelayRespMessage>(m_deletions, build);
+        std::unique_ptr<tDelayRespMessage> pResponse(
+            new tTracked<tDelayRespMessage>(m_deletions, build));
         fillHeader(*pResponse, 0, a_correctionField);
         pResponse->setReceiveTimestamp(at(a_t4), build);
-        m_exchange.handleDelayResp(&m_generator, pResponse, m_status);
+        m_exchange.handleDelayResp(&m_generator, std::move(pResponse), m_status);
     }
 
     void delayExchange(i64 a_t3, i64 a_t4, i64 a_correctionField = 0)
@@ -508,15 +512,20 @@ TEST_F(SyncDelayExchangeTest, KeptObjectsAreDeletedOnReplacementAndDestruction)
     int deletions = 0;
     {
         tSyncDelayExchange exchange;
-        tTracked<tSyncMessage>* pSync = new tTracked<tSyncMessage>(deletions, m_status);
+        std::unique_ptr<tSyncMessage> pSync(new tTracked<tSyncMessage>(deletions, m_status));
         pSync->getHeader()->setTwoStepFlag(true, m_status);
-        exchange.handleSync(m_currentDS, &m_timekeeper, pSync, at(0), m_status);
-        exchange.handleFollowUp(m_currentDS, &m_timekeeper,
-                                new tTracked<tFollowUpMessage>(deletions, m_status), m_status);
-        tProtocolDataUnit* pPacket = new tTracked<tProtocolDataUnit>(deletions, m_status);
-        m_generator.m_pKnownPacket = pPacket;
-        exchange.attachDelayRequest(pPacket, m_status);
-        exchange.handleDelayResp(&m_generator, new tTracked<tDelayRespMessage>(deletions, m_status),
+        exchange.handleSync(m_currentDS, &m_timekeeper, std::move(pSync), at(0), m_status);
+        exchange.handleFollowUp(
+            m_currentDS, &m_timekeeper,
+            std::unique_ptr<tFollowUpMessage>(new tTracked<tFollowUpMessage>(deletions, m_status)),
+            m_status);
+        std::unique_ptr<tProtocolDataUnit> pPacket(
+            new tTracked<tProtocolDataUnit>(deletions, m_status));
+        m_generator.m_pKnownPacket = pPacket.get();
+        exchange.attachDelayRequest(std::move(pPacket), m_status);
+        exchange.handleDelayResp(&m_generator,
+                                 std::unique_ptr<tDelayRespMessage>(
+                                     new tTracked<tDelayRespMessage>(deletions, m_status)),
                                  m_status);
         EXPECT_EQ(deletions, 0);
         exchange.reset(m_status); // keeps them

@@ -231,7 +231,7 @@ TEST(OrganizationExtensionTest, UnsupportedExtensionsAreTracedAndRefused)
         tProtocolDataUnit unit(status);
         receive(unit, bytes);
         testing::internal::CaptureStdout();
-        tTLV* pTLV = tTLVFactory::createTLV(unit, status);
+        std::unique_ptr<tTLV> pTLV = tTLVFactory::createTLV(unit, status);
         const std::string output = testing::internal::GetCapturedStdout();
         EXPECT_EQ(pTLV, nullptr);
         EXPECT_EQ(status.getCode(), kInvalidArgument);
@@ -325,9 +325,9 @@ TEST(MessageSuffixTest, OwnershipAddClearAndCopy)
     tMessageSuffix suffix;
     for (u32 i = 0; i < 40; ++i)
     {
-        tLXIConsortiumNotDefinedTLV* pTLV = new tLXIConsortiumNotDefinedTLV();
+        auto pTLV = std::make_unique<tLXIConsortiumNotDefinedTLV>();
         pTLV->setData("q", 1, status);
-        suffix.addTLV(pTLV, status);
+        suffix.addTLV(std::move(pTLV), status);
     }
     EXPECT_EQ(suffix.getTLVCount(), 40u);
     EXPECT_EQ(suffix.getSize(), 40 * 11);
@@ -345,7 +345,7 @@ TEST(MessageSuffixTest, OwnershipAddClearAndCopy)
     // A TLV handed over with a fatal status is not stored, and not leaked.
     tStatus failed;
     ORVTARN_SET_CODE(failed, nOrvTarn000::kStatusInternalError);
-    suffix.addTLV(new tLXIConsortiumNotDefinedTLV(), failed);
+    suffix.addTLV(std::make_unique<tLXIConsortiumNotDefinedTLV>(), failed);
     EXPECT_EQ(suffix.getTLVCount(), 0u);
 }
 
@@ -353,8 +353,8 @@ TEST(MessageSuffixTest, TraceNumbersEachTLV)
 {
     tStatus status;
     tMessageSuffix suffix;
-    suffix.addTLV(new tLXIConsortiumNotDefinedTLV(), status);
-    suffix.addTLV(new tLXIConsortiumNotDefinedTLV(), status);
+    suffix.addTLV(std::make_unique<tLXIConsortiumNotDefinedTLV>(), status);
+    suffix.addTLV(std::make_unique<tLXIConsortiumNotDefinedTLV>(), status);
     EXPECT_EQ(traceText(suffix),
               "--- Begin TLV 0 ---tlvType 3 lengthField 6 LXI Consortium NOT_DEFINED TLV data "
               "field: \n--- End TLV 0 ------ Begin TLV 1 ---tlvType 3 lengthField 6 LXI "

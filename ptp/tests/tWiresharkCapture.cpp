@@ -230,9 +230,10 @@ public:
     {
         return tTLV::trace(a_trace);
     }
-    tTLV* clone(tStatus&) const override
+    std::unique_ptr<tTLV> clone(tStatus&) const override
     {
-        return new tTestOrganizationTLV(getOrganizationId(), getOrganizationSubType(), m_data);
+        return std::make_unique<tTestOrganizationTLV>(getOrganizationId(), getOrganizationSubType(),
+                                                      m_data);
     }
     void deserializeOrganizationData(iSerializableTarget& a_target, tStatus& a_status) override
     {
@@ -266,19 +267,19 @@ u32 addTLVs(tPTPMessage& a_message, const std::vector<tTLVValues>& a_tlvs, tStat
         if (values.organizationId == kLXIConsortiumOrganizationId &&
             values.organizationSubType == tLXIConsortiumNotDefinedTLV::kOrganizationSubType)
         {
-            tLXIConsortiumNotDefinedTLV* pTLV = new tLXIConsortiumNotDefinedTLV();
+            auto pTLV = std::make_unique<tLXIConsortiumNotDefinedTLV>();
             if (!values.data.empty())
             {
                 pTLV->setData(values.data.data(), static_cast<u16>(values.data.size()), a_status);
             }
-            a_message.getSuffix()->addTLV(pTLV, a_status);
+            a_message.getSuffix()->addTLV(std::move(pTLV), a_status);
         }
         else
         {
-            a_message.getSuffix()->addTLV(new tTestOrganizationTLV(values.organizationId,
-                                                                   values.organizationSubType,
-                                                                   values.data),
-                                          a_status);
+            a_message.getSuffix()->addTLV(
+                std::make_unique<tTestOrganizationTLV>(values.organizationId,
+                                                       values.organizationSubType, values.data),
+                a_status);
         }
         // tlvType, lengthField, organizationId, organizationSubType, data.
         length += 2 + 2 + 3 + 3 + static_cast<u32>(values.data.size());
