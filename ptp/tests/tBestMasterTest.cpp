@@ -262,6 +262,42 @@ TEST_F(BestMasterTest, AComparisonErrorStopsTheRunWithoutDanglingDecisions)
     EXPECT_EQ(m_table.getRecordCount(status), 2u);
 }
 
+// The selection runs over every port: the best of the ports' masters (Ebest)
+// makes the port that heard it slave, and a port that heard a worse one
+// master (M3).
+TEST(TwoPortBestMasterTest, EbestPortIsSlaveAndTheOtherIsMaster)
+{
+    struct tTwoPortNode : tFakeNode
+    {
+        using tFakeNode::tFakeNode;
+        tForeignMasterDS* getForeignMasterDS(u16 a_portNumber) override
+        {
+            return m_tables[a_portNumber - 1];
+        }
+        tForeignMasterDS* m_tables[2] = {};
+    } node(clockId(0x50));
+    tStatus status;
+    tForeignMasterDS table1(status);
+    tForeignMasterDS table2(status);
+    tBMCOutput output(2, status);
+    node.m_numberPorts = 2;
+    node.m_portState = kPortStateMaster;
+    node.m_tables[0] = &table1;
+    node.m_tables[1] = &table2;
+    const tAnnounceBuilder worse = tAnnounceBuilder(clockId(1)).priority1(20);
+    const tAnnounceBuilder better = tAnnounceBuilder(clockId(2)).priority1(10);
+    table1.addAnnounce(worse.make(), status);
+    table1.addAnnounce(worse.make(), status);
+    table2.addAnnounce(better.make(), status);
+    table2.addAnnounce(better.make(), status);
+    const tAnnounceMessage* pOn2 = (*table2.begin())->getLastAnnounce();
+
+    tDefaultBestMasterClockAlgorithm().runBestMasterClock(node, output, status);
+    expectDecision(output.getDecision(1, status), kDecisionMaster, kUpdateM3, pOn2);
+    expectDecision(output.getDecision(2, status), kDecisionSlave, kUpdateS1, pOn2);
+    EXPECT_EQ(status.getCode(), 0);
+}
+
 // ------------------------------------------------------ data-set update
 
 class StateDecisionUpdateTest : public ::testing::Test
