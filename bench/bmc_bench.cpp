@@ -34,8 +34,8 @@ void fill(tForeignMasterDS& a_table, u32 a_masters, tStatus& a_status)
         const tAnnounceBuilder master = tAnnounceBuilder(clockId(static_cast<u8>(i), 0x20))
                                             .priority1(static_cast<u8>(100 - i))
                                             .clockClass(6);
-        a_table.addAnnounce(master.build(), a_status);
-        a_table.addAnnounce(master.build(), a_status);
+        a_table.addAnnounce(master.make(), a_status);
+        a_table.addAnnounce(master.make(), a_status);
     }
 }
 

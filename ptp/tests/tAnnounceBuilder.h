@@ -22,6 +22,19 @@ inline tClockIdentity clockId(u8 a_last, u8 a_first = 0x10)
     return tClockIdentity(bytes);
 }
 
+// The builder's fields: type, name (setter and member), default.
+// clang-format off
+#define ANNOUNCE_BUILDER_FIELDS(field)                                    \
+    field(u8, priority1, 128)                                             \
+    field(u8, clockClass, 248)                                            \
+    field(u8, clockAccuracy, tClockQuality::kAccuracyUnknown)             \
+    field(u16, variance, tClockQuality::kDefaultOffsetScaledLogVariance)  \
+    field(u8, priority2, 128)                                             \
+    field(u16, stepsRemoved, 0)                                           \
+    field(i16, utcOffset, 37)                                             \
+    field(u8, timeSource, 0x20)
+// clang-format on
+
 class tAnnounceBuilder
 {
 public:
@@ -41,46 +54,15 @@ public:
         m_grandmaster = a_grandmaster;
         return *this;
     }
-    tAnnounceBuilder& priority1(u8 a_value)
-    {
-        m_priority1 = a_value;
-        return *this;
+#define ANNOUNCE_BUILDER_SETTER(type, name, initial)                                               \
+    tAnnounceBuilder& name(type a_value)                                                           \
+    {                                                                                              \
+        m_##name = a_value;                                                                        \
+        return *this;                                                                              \
     }
-    tAnnounceBuilder& clockClass(u8 a_value)
-    {
-        m_clockClass = a_value;
-        return *this;
-    }
-    tAnnounceBuilder& clockAccuracy(u8 a_value)
-    {
-        m_clockAccuracy = a_value;
-        return *this;
-    }
-    tAnnounceBuilder& variance(u16 a_value)
-    {
-        m_variance = a_value;
-        return *this;
-    }
-    tAnnounceBuilder& priority2(u8 a_value)
-    {
-        m_priority2 = a_value;
-        return *this;
-    }
-    tAnnounceBuilder& stepsRemoved(u16 a_value)
-    {
-        m_stepsRemoved = a_value;
-        return *this;
-    }
-    tAnnounceBuilder& utcOffset(i16 a_value)
-    {
-        m_utcOffset = a_value;
-        return *this;
-    }
-    tAnnounceBuilder& timeSource(u8 a_value)
-    {
-        m_timeSource = a_value;
-        return *this;
-    }
+    ANNOUNCE_BUILDER_FIELDS(ANNOUNCE_BUILDER_SETTER)
+#undef ANNOUNCE_BUILDER_SETTER
+
     // The header's time-property flags, all at once.
     tAnnounceBuilder& flags(bool a_utcOffsetValid, bool a_leap59, bool a_leap61,
                             bool a_timeTraceable, bool a_frequencyTraceable, bool a_ptpTimescale)
@@ -94,14 +76,14 @@ public:
         return *this;
     }
 
-    // A new message; the caller owns it. Null only when memory runs out.
-    tAnnounceMessage* build() const
+    // A new message; null only when memory runs out.
+    std::unique_ptr<tAnnounceMessage> make() const
     {
         nOrvTarn000::tStatus status;
-        tAnnounceMessage* pMessage = new (status) tAnnounceMessage(status);
-        if (pMessage == nullptr || status.isFatal())
+        std::unique_ptr<tAnnounceMessage> pMessage =
+            nOrvTarn000::makeOwned<tAnnounceMessage>(status, status);
+        if (status.isFatal())
         {
-            delete pMessage;
             return nullptr;
         }
         nOrvPTP000::tMessageHeader& header = *pMessage->getHeader();
@@ -123,22 +105,12 @@ public:
         return pMessage;
     }
 
-    std::unique_ptr<tAnnounceMessage> make() const
-    {
-        return std::unique_ptr<tAnnounceMessage>(build());
-    }
-
 private:
     tPortIdentity m_sender;
     tClockIdentity m_grandmaster;
-    u8 m_priority1 = 128;
-    u8 m_clockClass = 248;
-    u8 m_clockAccuracy = tClockQuality::kAccuracyUnknown;
-    u16 m_variance = tClockQuality::kDefaultOffsetScaledLogVariance;
-    u8 m_priority2 = 128;
-    u16 m_stepsRemoved = 0;
-    i16 m_utcOffset = 37;
-    u8 m_timeSource = 0x20;
+#define ANNOUNCE_BUILDER_MEMBER(type, name, initial) type m_##name = initial;
+    ANNOUNCE_BUILDER_FIELDS(ANNOUNCE_BUILDER_MEMBER)
+#undef ANNOUNCE_BUILDER_MEMBER
     bool m_utcOffsetValid = true;
     bool m_leap59 = false;
     bool m_leap61 = false;
@@ -146,5 +118,7 @@ private:
     bool m_frequencyTraceable = false;
     bool m_ptpTimescale = true;
 };
+
+#undef ANNOUNCE_BUILDER_FIELDS
 
 } // namespace nAnnounceTest

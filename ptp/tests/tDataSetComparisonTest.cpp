@@ -1,5 +1,6 @@
 // The data set comparison: which of two Announce messages, or the local clock
-// and an Announce, names the better master.
+// and an Announce, names the better master. The local clock is 0x50 with one
+// port R = (0x50, 1).
 #include "orvptp/tDefaultDataSetComparisonAlgorithm.h"
 
 #include "tAnnounceBuilder.h"
@@ -17,34 +18,59 @@ using nOrvTarn000::tStatus;
 namespace
 {
 
-const u16 kPort = 1;
+// A grandmaster of identity a_id.
+tAnnounceBuilder gm(u8 a_id, u8 a_first = 0x10)
+{
+    return tAnnounceBuilder(clockId(a_id, a_first));
+}
+
+// The grandmaster 0x01, heard from a_sender at a_steps.
+tAnnounceBuilder path(u8 a_senderClock, u16 a_senderPort, u16 a_steps)
+{
+    return gm(0x01)
+        .sender(tPortIdentity(clockId(a_senderClock), a_senderPort))
+        .stepsRemoved(a_steps);
+}
+
+struct tForeignCase
+{
+    tAnnounceBuilder m_a;
+    tAnnounceBuilder m_b;
+    tDataSetComparison m_expected;
+    u16 m_portA = 1;
+    u16 m_portB = 1;
+};
 
 class DataSetComparisonTest : public ::testing::Test
 {
 protected:
     DataSetComparisonTest() : m_node(clockId(0x50)) {}
 
-    tDataSetComparison compare(const tAnnounceBuilder& a_a, const tAnnounceBuilder& a_b,
-                               u16 a_portA = kPort, u16 a_portB = kPort)
+    void expectForeign(const std::vector<tForeignCase>& a_cases, i32 a_code = 0)
     {
-        auto pA = a_a.make();
-        auto pB = a_b.make();
-        return m_comparison.compareForeignMasters(m_node, pA.get(), a_portA, pB.get(), a_portB,
-                                                  m_status);
+        for (std::size_t i = 0; i < a_cases.size(); ++i)
+        {
+            auto pA = a_cases[i].m_a.make();
+            auto pB = a_cases[i].m_b.make();
+            tStatus status;
+            EXPECT_EQ(m_comparison.compareForeignMasters(m_node, pA.get(), a_cases[i].m_portA,
+                                                         pB.get(), a_cases[i].m_portB, status),
+                      a_cases[i].m_expected)
+                << "case " << i;
+            EXPECT_EQ(status.getCode(), a_code) << "case " << i;
+        }
     }
 
-    tDataSetComparison compareLocal(const tAnnounceBuilder& a_foreign, u16 a_port = kPort)
+    void expectLocal(const std::vector<std::pair<tAnnounceBuilder, tDataSetComparison>>& a_cases)
     {
-        auto pForeign = a_foreign.make();
-        return m_comparison.compareWithLocalClock(m_node, pForeign.get(), a_port, m_status);
-    }
-
-    // The same grandmaster, heard from a_sender at a_steps.
-    static tAnnounceBuilder path(const tPortIdentity& a_sender, u16 a_steps)
-    {
-        tAnnounceBuilder builder(clockId(0x01));
-        builder.sender(a_sender).stepsRemoved(a_steps);
-        return builder;
+        for (std::size_t i = 0; i < a_cases.size(); ++i)
+        {
+            auto pForeign = a_cases[i].first.make();
+            EXPECT_EQ(m_comparison.compareWithLocalClock(m_node, pForeign.get(), 1, m_status),
+                      a_cases[i].second)
+                << "case " << i;
+        }
+        EXPECT_EQ(m_status.getCode(), 0);
     }
 
     tFakeNode m_node;
@@ -54,7 +80,7 @@ protected:
 
 TEST_F(DataSetComparisonTest, AMissingMessageLosesAndTwoMissingGoToA)
 {
-    auto pMessage = tAnnounceBuilder(clockId(1)).make();
+    auto pMessage = gm(1).make();
     EXPECT_EQ(m_comparison.compareForeignMasters(m_node, nullptr, 1, nullptr, 1, m_status),
               kABetter);
     EXPECT_EQ(m_comparison.compareForeignMasters(m_node, pMessage.get(), 1, nullptr, 1, m_status),
@@ -65,132 +91,70 @@ TEST_F(DataSetComparisonTest, AMissingMessageLosesAndTwoMissingGoToA)
     EXPECT_EQ(m_status.getCode(), 0);
 }
 
-// Each field, the smaller value winning, decides only when all fields before
-// it are equal: the loser is better in every later field, and that must not count.
+// Different grandmasters: each field, the smaller value winning, decides only
+// when all fields before it are equal; the loser is better in every later
+// field, and that must not count. clockAccuracy compares as a signed number
+// (0xFE is -2, 0x80 is -128); identities compare as unsigned bytes, the
+// first outweighing the last.
 TEST_F(DataSetComparisonTest, GrandmastersRankFieldByFieldInOrder)
 {
-    const tClockIdentity a = clockId(0x02);
-    const tClockIdentity b = clockId(0x01);
-    // B's smaller identity would win a full tie; every case below is decided earlier.
-    EXPECT_EQ(compare(tAnnounceBuilder(a).priority1(127), tAnnounceBuilder(b)
-                                                              .priority1(128)
-                                                              .clockClass(6)
-                                                              .clockAccuracy(0x20)
-                                                              .variance(0)
-                                                              .priority2(0)),
-              kABetter);
-    EXPECT_EQ(
-        compare(tAnnounceBuilder(a).clockClass(6),
-                tAnnounceBuilder(b).clockClass(7).clockAccuracy(0x20).variance(0).priority2(0)),
-        kABetter);
-    EXPECT_EQ(compare(tAnnounceBuilder(a).clockAccuracy(0x20),
-                      tAnnounceBuilder(b).clockAccuracy(0x21).variance(0).priority2(0)),
-              kABetter);
-    EXPECT_EQ(compare(tAnnounceBuilder(a).variance(0x4000),
-                      tAnnounceBuilder(b).variance(0x4001).priority2(0)),
-              kABetter);
-    EXPECT_EQ(compare(tAnnounceBuilder(a).priority2(9), tAnnounceBuilder(b).priority2(10)),
-              kABetter);
-
-    EXPECT_EQ(compare(tAnnounceBuilder(b).priority1(128), tAnnounceBuilder(a).priority1(127)),
-              kBBetter);
-    EXPECT_EQ(compare(tAnnounceBuilder(b).clockClass(7), tAnnounceBuilder(a).clockClass(6)),
-              kBBetter);
-    EXPECT_EQ(compare(tAnnounceBuilder(b).variance(0x4001), tAnnounceBuilder(a).variance(0x4000)),
-              kBBetter);
-    EXPECT_EQ(compare(tAnnounceBuilder(b).priority2(10), tAnnounceBuilder(a).priority2(9)),
-              kBBetter);
-    EXPECT_EQ(m_status.getCode(), 0);
+    const tAnnounceBuilder best =
+        gm(0x01).priority1(128).clockClass(6).clockAccuracy(0x20).variance(0).priority2(0);
+    expectForeign({
+        {gm(2).priority1(127), best, kABetter},
+        {gm(2).clockClass(6), gm(1).clockClass(7).clockAccuracy(0x20).variance(0).priority2(0),
+         kABetter},
+        {gm(2).clockAccuracy(0x20), gm(1).clockAccuracy(0x21).variance(0).priority2(0), kABetter},
+        {gm(2).variance(0x4000), gm(1).variance(0x4001).priority2(0), kABetter},
+        {gm(2).priority2(9), gm(1).priority2(10), kABetter},
+        {gm(1).priority1(128), gm(2).priority1(127), kBBetter},
+        {gm(1).clockClass(7), gm(2).clockClass(6), kBBetter},
+        {gm(1).variance(0x4001), gm(2).variance(0x4000), kBBetter},
+        {gm(1).priority2(10), gm(2).priority2(9), kBBetter},
+        {gm(2).clockAccuracy(0xFE), gm(1).clockAccuracy(0x21), kABetter},
+        {gm(1).clockAccuracy(0x7F), gm(2).clockAccuracy(0x80), kBBetter},
+        {gm(0x01, 0x10), gm(0x02), kABetter},
+        {gm(0x02), gm(0x01), kBBetter},
+        {gm(0x00, 0x90), gm(0xFF), kBBetter},
+    });
 }
 
-// 0xFE is -2 and 0x80 is -128: as signed values they are smaller than the
-// listed accuracies 0x20 to 0x31, and 0x7F.
-TEST_F(DataSetComparisonTest, ClockAccuracyComparesAsSigned)
+// The same grandmaster: more than one step apart the shorter path wins (the
+// senders are not looked at, so identical ones are no error); one step apart
+// a message that passed through R loses by topology, one from a port ordered
+// above R simply loses; at equal steps the sender, then its port, then the
+// receiving port decides.
+TEST_F(DataSetComparisonTest, SameGrandmasterByPathAndTopology)
 {
-    EXPECT_EQ(compare(tAnnounceBuilder(clockId(2)).clockAccuracy(0xFE),
-                      tAnnounceBuilder(clockId(1)).clockAccuracy(0x21)),
-              kABetter);
-    EXPECT_EQ(compare(tAnnounceBuilder(clockId(1)).clockAccuracy(0x7F),
-                      tAnnounceBuilder(clockId(2)).clockAccuracy(0x80)),
-              kBBetter);
+    expectForeign({
+        {path(0x40, 1, 3), path(0x40, 1, 5), kABetter},
+        {path(0x40, 1, 5), path(0x40, 1, 3), kBBetter},
+        {path(0x40, 1, 65535), path(0x40, 1, 0), kBBetter},
+        {path(0x40, 1, 0), path(0x40, 1, 65535), kABetter},
+        {path(0x40, 7, 3), path(0x30, 1, 2), kBBetterByTopology},
+        {path(0x60, 1, 3), path(0x30, 1, 2), kBBetter},
+        {path(0x30, 1, 2), path(0x40, 7, 3), kABetterByTopology},
+        {path(0x30, 1, 2), path(0x60, 1, 3), kABetter},
+        {path(0x50, 1, 3), path(0x30, 1, 2), kBBetterByTopology, 2, 1},
+        {path(0x30, 1, 2), path(0x50, 3, 3), kABetter, 1, 2},
+        {path(0x41, 1, 2), path(0x40, 9, 2), kBBetterByTopology},
+        {path(0x40, 9, 2), path(0x41, 1, 2), kABetterByTopology},
+        {path(0x40, 2, 2), path(0x40, 1, 2), kBBetterByTopology},
+        {path(0x40, 9, 2), path(0x40, 9, 2), kBBetterByTopology, 2, 1},
+        {path(0x40, 9, 2), path(0x40, 9, 2), kABetterByTopology, 1, 2},
+    });
 }
 
-TEST_F(DataSetComparisonTest, IdentitySettlesAFullTieAsBytes)
+// A message from the receiving port itself, one step further, is error 1;
+// the same sender on the same port at equal steps is error 2. Neither
+// prefers A.
+TEST_F(DataSetComparisonTest, ImpossibleTopologiesAreErrors)
 {
-    EXPECT_EQ(compare(tAnnounceBuilder(clockId(0x01, 0x10)), tAnnounceBuilder(clockId(0x02))),
-              kABetter);
-    EXPECT_EQ(compare(tAnnounceBuilder(clockId(0x02)), tAnnounceBuilder(clockId(0x01))), kBBetter);
-    // The first octet outweighs the last, and octets are unsigned.
-    EXPECT_EQ(compare(tAnnounceBuilder(clockId(0x00, 0x90)), tAnnounceBuilder(clockId(0xFF, 0x10))),
-              kBBetter);
-}
-
-TEST_F(DataSetComparisonTest, SameGrandmasterMoreThanOneStepApartShorterPathWins)
-{
-    // Identical senders and ports would be an error if the senders were looked at.
-    const tPortIdentity sender(clockId(0x40), 1);
-    EXPECT_EQ(compare(path(sender, 3), path(sender, 5)), kABetter);
-    EXPECT_EQ(compare(path(sender, 5), path(sender, 3)), kBBetter);
-    EXPECT_EQ(compare(path(sender, 65535), path(sender, 0)), kBBetter);
-    EXPECT_EQ(compare(path(sender, 0), path(sender, 65535)), kABetter);
-    EXPECT_EQ(m_status.getCode(), 0);
-}
-
-// One step further: a message that passed through the receiving port
-// R = (local clock, port) loses by topology; one that came from a port
-// ordered above R simply loses.
-TEST_F(DataSetComparisonTest, SameGrandmasterOneStepApartComparesReceiverWithSender)
-{
-    const tPortIdentity lowSender(clockId(0x40), 7);  // below R = (0x50, 1)
-    const tPortIdentity highSender(clockId(0x60), 1); // above R
-    const tPortIdentity other(clockId(0x30), 1);
-
-    EXPECT_EQ(compare(path(lowSender, 3), path(other, 2)), kBBetterByTopology);
-    EXPECT_EQ(compare(path(highSender, 3), path(other, 2)), kBBetter);
-    EXPECT_EQ(compare(path(other, 2), path(lowSender, 3)), kABetterByTopology);
-    EXPECT_EQ(compare(path(other, 2), path(highSender, 3)), kABetter);
-
-    // Same clock as R: the port numbers order receiver and sender.
-    EXPECT_EQ(compare(path(tPortIdentity(clockId(0x50), 1), 3), path(other, 2), 2, 1),
-              kBBetterByTopology);
-    EXPECT_EQ(compare(path(other, 2), path(tPortIdentity(clockId(0x50), 3), 3), 1, 2), kABetter);
-    EXPECT_EQ(m_status.getCode(), 0);
-}
-
-TEST_F(DataSetComparisonTest, AMessageFromTheReceivingPortItselfIsError1)
-{
-    const tPortIdentity receiver(clockId(0x50), 2);
-    const tPortIdentity other(clockId(0x30), 1);
-
-    EXPECT_EQ(compare(path(receiver, 4), path(other, 3), 2, 1), kError1);
-    EXPECT_EQ(m_status.getCode(), kStatusInvalidArgument);
-
-    tStatus status;
-    auto pA = path(other, 3).make();
-    auto pB = path(receiver, 4).make();
-    EXPECT_EQ(m_comparison.compareForeignMasters(m_node, pA.get(), 1, pB.get(), 2, status),
-              kError1);
-    EXPECT_EQ(status.getCode(), kStatusInvalidArgument);
+    expectForeign({{path(0x50, 2, 4), path(0x30, 1, 3), kError1, 2, 1},
+                   {path(0x30, 1, 3), path(0x50, 2, 4), kError1, 1, 2},
+                   {path(0x40, 9, 2), path(0x40, 9, 2), kError2}},
+                  kStatusInvalidArgument);
     EXPECT_FALSE(isAPreferred(kError1));
-}
-
-TEST_F(DataSetComparisonTest, SameGrandmasterAtEqualStepsSenderThenPortDecides)
-{
-    const tPortIdentity low(clockId(0x40), 9);
-    const tPortIdentity high(clockId(0x41), 1);
-    EXPECT_EQ(compare(path(high, 2), path(low, 2)), kBBetterByTopology);
-    EXPECT_EQ(compare(path(low, 2), path(high, 2)), kABetterByTopology);
-    // Same clock, the sender's port number decides.
-    EXPECT_EQ(
-        compare(path(tPortIdentity(clockId(0x40), 2), 2), path(tPortIdentity(clockId(0x40), 1), 2)),
-        kBBetterByTopology);
-    // The same sender heard on two local ports: the lower port wins.
-    EXPECT_EQ(compare(path(low, 2), path(low, 2), 2, 1), kBBetterByTopology);
-    EXPECT_EQ(compare(path(low, 2), path(low, 2), 1, 2), kABetterByTopology);
-    EXPECT_EQ(m_status.getCode(), 0);
-
-    EXPECT_EQ(compare(path(low, 2), path(low, 2), 1, 1), kError2);
-    EXPECT_EQ(m_status.getCode(), kStatusInvalidArgument);
     EXPECT_FALSE(isAPreferred(kError2));
 }
 
@@ -201,49 +165,41 @@ TEST_F(DataSetComparisonTest, LocalClockRanksByItsDefaultDataSet)
     m_node.m_clockAccuracy = 0x22;
     m_node.m_offsetScaledLogVariance = 0x5000;
     m_node.m_priority2 = 50;
-    const tAnnounceBuilder same = tAnnounceBuilder(clockId(0x01))
-                                      .priority1(100)
-                                      .clockClass(13)
-                                      .clockAccuracy(0x22)
-                                      .variance(0x5000)
-                                      .priority2(50);
-
-    EXPECT_EQ(compareLocal(tAnnounceBuilder(same).priority1(99).clockClass(255)), kBBetter);
-    EXPECT_EQ(compareLocal(tAnnounceBuilder(same).priority1(101).clockClass(0)), kABetter);
-    EXPECT_EQ(compareLocal(tAnnounceBuilder(same).clockClass(6)), kBBetter);
-    EXPECT_EQ(compareLocal(tAnnounceBuilder(same).clockAccuracy(0xFE)), kBBetter);
-    EXPECT_EQ(compareLocal(tAnnounceBuilder(same).clockAccuracy(0x23)), kABetter);
-    EXPECT_EQ(compareLocal(tAnnounceBuilder(same).variance(0x4FFF)), kBBetter);
-    EXPECT_EQ(compareLocal(tAnnounceBuilder(same).priority2(51)), kABetter);
-    // Full tie: the local identity 0x50 against 0x01 and 0x60.
-    EXPECT_EQ(compareLocal(same), kBBetter);
-    EXPECT_EQ(compareLocal(tAnnounceBuilder(same).grandmaster(clockId(0x60))), kABetter);
-    EXPECT_EQ(m_status.getCode(), 0);
+    const tAnnounceBuilder same =
+        gm(0x01).priority1(100).clockClass(13).clockAccuracy(0x22).variance(0x5000).priority2(50);
+    expectLocal({
+        {tAnnounceBuilder(same).priority1(99).clockClass(255), kBBetter},
+        {tAnnounceBuilder(same).priority1(101).clockClass(0), kABetter},
+        {tAnnounceBuilder(same).clockClass(6), kBBetter},
+        {tAnnounceBuilder(same).clockAccuracy(0xFE), kBBetter},
+        {tAnnounceBuilder(same).clockAccuracy(0x23), kABetter},
+        {tAnnounceBuilder(same).variance(0x4FFF), kBBetter},
+        {tAnnounceBuilder(same).priority2(51), kABetter},
+        // Full tie: the local identity 0x50 against 0x01 and 0x60.
+        {same, kBBetter},
+        {tAnnounceBuilder(same).grandmaster(clockId(0x60)), kABetter},
+    });
 }
 
-// A foreign clock that relays this very clock as its grandmaster.
+// A foreign clock that relays this very clock as its grandmaster: two or more
+// steps and the local clock wins outright; one step and R is compared with
+// the sender; zero steps and the clock identities alone decide.
 TEST_F(DataSetComparisonTest, LocalClockAgainstItsOwnAnnounceRelayed)
 {
     const tClockIdentity local = m_node.m_clockIdentity;
     auto relayed = [&](const tPortIdentity& a_sender, u16 a_steps)
-    {
-        tAnnounceBuilder builder(local);
-        builder.sender(a_sender).stepsRemoved(a_steps).priority1(0);
-        return builder;
-    };
-    // Two or more steps: the local clock wins outright, whatever the sender.
-    EXPECT_EQ(compareLocal(relayed(tPortIdentity(clockId(0x60), 1), 2)), kABetter);
-    EXPECT_EQ(compareLocal(relayed(tPortIdentity(clockId(0x40), 1), 7)), kABetter);
-    // One step: R = (local clock, port) against the sender.
-    EXPECT_EQ(compareLocal(relayed(tPortIdentity(clockId(0x40), 1), 1)), kABetterByTopology);
-    EXPECT_EQ(compareLocal(relayed(tPortIdentity(clockId(0x60), 1), 1)), kABetter);
-    // Zero steps: the clock identities alone.
-    EXPECT_EQ(compareLocal(relayed(tPortIdentity(clockId(0x40), 1), 0)), kBBetterByTopology);
-    EXPECT_EQ(compareLocal(relayed(tPortIdentity(clockId(0x60), 1), 0)), kABetterByTopology);
-    EXPECT_EQ(compareLocal(relayed(tPortIdentity(local, 9), 0)), kABetterByTopology);
-    EXPECT_EQ(m_status.getCode(), 0);
-
-    EXPECT_EQ(compareLocal(relayed(tPortIdentity(local, 3), 1), 3), kError1);
+    { return tAnnounceBuilder(local).sender(a_sender).stepsRemoved(a_steps).priority1(0); };
+    expectLocal({
+        {relayed(tPortIdentity(clockId(0x60), 1), 2), kABetter},
+        {relayed(tPortIdentity(clockId(0x40), 1), 7), kABetter},
+        {relayed(tPortIdentity(clockId(0x40), 1), 1), kABetterByTopology},
+        {relayed(tPortIdentity(clockId(0x60), 1), 1), kABetter},
+        {relayed(tPortIdentity(clockId(0x40), 1), 0), kBBetterByTopology},
+        {relayed(tPortIdentity(clockId(0x60), 1), 0), kABetterByTopology},
+        {relayed(tPortIdentity(local, 9), 0), kABetterByTopology},
+    });
+    auto pOwn = relayed(tPortIdentity(local, 3), 1).make();
+    EXPECT_EQ(m_comparison.compareWithLocalClock(m_node, pOwn.get(), 3, m_status), kError1);
     EXPECT_EQ(m_status.getCode(), kStatusInvalidArgument);
 }
 

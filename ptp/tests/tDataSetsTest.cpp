@@ -13,6 +13,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <initializer_list>
 #include <string>
 
@@ -53,153 +54,135 @@ std::string str(const tPTPText& a_text)
 
 // ------------------------------------------------- the five resettable sets
 
-TEST(DataSetTraceTest, ConstructionValuesAsTraced)
-{
-    tDefaultDS defaultDS(kIdentity);
-    EXPECT_EQ(traceText(defaultDS),
-              "twoStepFlag: 1  clockIdentity: 001b19fffe0abcde numberPorts: 1  clockQuality: "
-              "clockClass: 187 clockAccuracy: 0xfe offsetScaledLogVariance: 0xffff priority1: 128 "
-              " priority2: 128  domainNumber: 0  slaveOnly: 0 ");
-
-    tCurrentDS currentDS;
-    EXPECT_EQ(traceText(currentDS), "stepsRemoved: 0 offsetFromMaster: scaledNanoseconds: 0 "
-                                    "meanPathDelay: scaledNanoseconds: 0");
-
-    // The parent is the clock itself, port 0; the port identity's own trace
-    // ends its line.
-    tParentDS parentDS(kIdentity);
-    EXPECT_EQ(traceText(parentDS),
-              "parentPortIdentity: clockIdentity: 001b19fffe0abcde portNumber: 0\n"
-              " parentStats: 0  observedParentOffsetScaledLogVariance: 65535 "
-              " observedParentClockPhaseChangeRate: 2147483647  grandmasterIdentity: "
-              "001b19fffe0abcde grandmasterClockQuality: clockClass: 187 clockAccuracy: 0xfe "
-              "offsetScaledLogVariance: 0xffff grandmasterPriority1: 128  grandmasterPriority2: "
-              "128 ");
-
-    tTimePropertiesDS timePropertiesDS;
-    EXPECT_EQ(traceText(timePropertiesDS),
-              "currentUtcOffset: 34  currentUtcOffsetValid: 0  leap59: 0  leap61: 0  "
-              "timeTraceable: 0  frequencyTraceable: 0  ptpTimescale: 1  timeSource: 160 ");
-
-    tPortDS portDS(kIdentity);
-    EXPECT_EQ(traceText(portDS),
-              "portIdentity: clockIdentity: 001b19fffe0abcde portNumber: 1\n portState: 1  "
-              "logMinDelayReqInterval: 0  peerMeanPathDelay: scaledNanoseconds: 0 "
-              "logAnnounceInterval: 1  announceReceiptTimeout: 3  logSyncInterval: 0  "
-              "delayMechanism: 1  logMinPdelayReqInterval: 0  versionNumber: 2 ");
-}
-
-TEST(DataSetTraceTest, SignedFieldsPrintSignedAndTheUtcOffsetUnsigned)
+// The trace holds every field: as constructed, after every field changed
+// (signed fields negative), and after the fall-back to the construction values.
+template <typename tDataSet, typename tChange>
+void expectChangeAndReset(tDataSet& a_rDataSet, const std::string& a_initial, tChange a_change,
+                          const std::string& a_changed)
 {
     tStatus status;
-    tPortDS portDS(kIdentity);
-    portDS.setLogMinDelayReqInterval(-4, status);
-    portDS.setLogAnnounceInterval(-128, status);
-    portDS.setLogSyncInterval(-1, status);
-    portDS.setLogMinPdelayReqInterval(127, status);
-    portDS.setPortState(kPortStateSlave, status);
-    EXPECT_EQ(traceText(portDS),
-              "portIdentity: clockIdentity: 001b19fffe0abcde portNumber: 1\n portState: 9  "
-              "logMinDelayReqInterval: -4  peerMeanPathDelay: scaledNanoseconds: 0 "
-              "logAnnounceInterval: -128  announceReceiptTimeout: 3  logSyncInterval: -1  "
-              "delayMechanism: 1  logMinPdelayReqInterval: 127  versionNumber: 2 ");
-
-    tParentDS parentDS(kIdentity);
-    parentDS.setObservedParentClockPhaseChangeRate(-5, status);
-    EXPECT_NE(traceText(parentDS).find(" observedParentClockPhaseChangeRate: -5  "),
-              std::string::npos);
-
-    // The offset is traced as unsigned: -1 shows as its 32-bit two's complement.
-    tTimePropertiesDS timePropertiesDS;
-    timePropertiesDS.setCurrentUtcOffset(-1, status);
-    timePropertiesDS.setTimeSource(0x20, status);
-    EXPECT_EQ(traceText(timePropertiesDS),
-              "currentUtcOffset: 4294967295  currentUtcOffsetValid: 0  leap59: 0  leap61: 0  "
-              "timeTraceable: 0  frequencyTraceable: 0  ptpTimescale: 1  timeSource: 32 ");
+    EXPECT_EQ(traceText(a_rDataSet), a_initial);
+    a_change(a_rDataSet, status);
+    EXPECT_EQ(traceText(a_rDataSet), a_changed);
+    a_rDataSet.resetToInitial(status);
+    EXPECT_EQ(traceText(a_rDataSet), a_initial);
     EXPECT_EQ(status.getCode(), 0);
 }
 
-TEST(DataSetResetTest, EveryFieldReturnsToItsConstructionValue)
+TEST(DataSetTest, TracesOfConstructionChangeAndReset)
 {
-    tStatus status;
     const tClockQuality quality(6, 0x21, 0x4E5D);
     const tPortIdentity otherPort(kOtherIdentity, 7);
 
     tDefaultDS defaultDS(kIdentity);
-    const std::string defaultInitial = traceText(defaultDS);
-    defaultDS.setTwoStepFlag(false, status);
-    defaultDS.setClockIdentity(kOtherIdentity, status);
-    defaultDS.setNumberPorts(4, status);
-    defaultDS.setClockQuality(quality, status);
-    defaultDS.setPriority1(1, status);
-    defaultDS.setPriority2(2, status);
-    defaultDS.setDomainNumber(3, status);
-    defaultDS.setSlaveOnly(true, status);
+    expectChangeAndReset(
+        defaultDS,
+        "twoStepFlag: 1  clockIdentity: 001b19fffe0abcde numberPorts: 1  clockQuality: clockClass: "
+        "187 clockAccuracy: 0xfe offsetScaledLogVariance: 0xffff priority1: 128  priority2: 128  "
+        "domainNumber: 0  slaveOnly: 0 ",
+        [&](tDefaultDS& a_ds, tStatus& a_status)
+        {
+            a_ds.setTwoStepFlag(false, a_status);
+            a_ds.setClockIdentity(kOtherIdentity, a_status);
+            a_ds.setNumberPorts(4, a_status);
+            a_ds.setClockQuality(quality, a_status);
+            a_ds.setPriority1(1, a_status);
+            a_ds.setPriority2(2, a_status);
+            a_ds.setDomainNumber(3, a_status);
+            a_ds.setSlaveOnly(true, a_status);
+        },
+        "twoStepFlag: 0  clockIdentity: 0000000000000000 numberPorts: 4  clockQuality: clockClass: "
+        "6 clockAccuracy: 0x21 offsetScaledLogVariance: 0x4e5d priority1: 1  priority2: 2  "
+        "domainNumber: 3  slaveOnly: 1 ");
 
     tCurrentDS currentDS;
-    const std::string currentInitial = traceText(currentDS);
-    currentDS.setStepsRemoved(5, status);
-    currentDS.setOffsetFromMaster(tTimeInterval(-77), status);
-    currentDS.setMeanPathDelay(tTimeInterval(1000), status);
+    expectChangeAndReset(
+        currentDS,
+        "stepsRemoved: 0 offsetFromMaster: scaledNanoseconds: 0 meanPathDelay: scaledNanoseconds: "
+        "0",
+        [](tCurrentDS& a_ds, tStatus& a_status)
+        {
+            a_ds.setStepsRemoved(5, a_status);
+            a_ds.setOffsetFromMaster(tTimeInterval(-77), a_status);
+            a_ds.setMeanPathDelay(tTimeInterval(1000), a_status);
+        },
+        "stepsRemoved: 5 offsetFromMaster: scaledNanoseconds: -5046272 meanPathDelay: "
+        "scaledNanoseconds: 65536000");
 
+    // The parent is the clock itself, port 0; the port identity's own trace
+    // ends its line.
     tParentDS parentDS(kIdentity);
-    const std::string parentInitial = traceText(parentDS);
-    parentDS.setParentPortIdentity(otherPort, status);
-    parentDS.setParentStats(true, status);
-    parentDS.setObservedParentOffsetScaledLogVariance(17, status);
-    parentDS.setObservedParentClockPhaseChangeRate(-9, status);
-    parentDS.setGrandmasterIdentity(kOtherIdentity, status);
-    parentDS.setGrandmasterClockQuality(quality, status);
-    parentDS.setGrandmasterPriority1(10, status);
-    parentDS.setGrandmasterPriority2(20, status);
+    expectChangeAndReset(
+        parentDS,
+        "parentPortIdentity: clockIdentity: 001b19fffe0abcde portNumber: 0\n parentStats: 0  "
+        "observedParentOffsetScaledLogVariance: 65535  observedParentClockPhaseChangeRate: "
+        "2147483647  grandmasterIdentity: 001b19fffe0abcde grandmasterClockQuality: clockClass: "
+        "187 clockAccuracy: 0xfe offsetScaledLogVariance: 0xffff grandmasterPriority1: 128  "
+        "grandmasterPriority2: 128 ",
+        [&](tParentDS& a_ds, tStatus& a_status)
+        {
+            a_ds.setParentPortIdentity(otherPort, a_status);
+            a_ds.setParentStats(true, a_status);
+            a_ds.setObservedParentOffsetScaledLogVariance(17, a_status);
+            a_ds.setObservedParentClockPhaseChangeRate(-9, a_status);
+            a_ds.setGrandmasterIdentity(kOtherIdentity, a_status);
+            a_ds.setGrandmasterClockQuality(quality, a_status);
+            a_ds.setGrandmasterPriority1(10, a_status);
+            a_ds.setGrandmasterPriority2(20, a_status);
+        },
+        "parentPortIdentity: clockIdentity: 0000000000000000 portNumber: 7\n parentStats: 1  "
+        "observedParentOffsetScaledLogVariance: 17  observedParentClockPhaseChangeRate: -9  "
+        "grandmasterIdentity: 0000000000000000 grandmasterClockQuality: clockClass: 6 "
+        "clockAccuracy: 0x21 offsetScaledLogVariance: 0x4e5d grandmasterPriority1: 10  "
+        "grandmasterPriority2: 20 ");
 
+    // The offset is traced as unsigned: -1 shows as its 32-bit two's complement.
     tTimePropertiesDS timePropertiesDS;
-    const std::string timePropertiesInitial = traceText(timePropertiesDS);
-    timePropertiesDS.setCurrentUtcOffset(37, status);
-    timePropertiesDS.setCurrentUtcOffsetValid(true, status);
-    timePropertiesDS.setLeap59(true, status);
-    timePropertiesDS.setLeap61(true, status);
-    timePropertiesDS.setTimeTraceable(true, status);
-    timePropertiesDS.setFrequencyTraceable(true, status);
-    timePropertiesDS.setPtpTimescale(false, status);
-    timePropertiesDS.setTimeSource(0x10, status);
+    expectChangeAndReset(
+        timePropertiesDS,
+        "currentUtcOffset: 34  currentUtcOffsetValid: 0  leap59: 0  leap61: 0  timeTraceable: 0  "
+        "frequencyTraceable: 0  ptpTimescale: 1  timeSource: 160 ",
+        [](tTimePropertiesDS& a_ds, tStatus& a_status)
+        {
+            a_ds.setCurrentUtcOffset(-1, a_status);
+            a_ds.setCurrentUtcOffsetValid(true, a_status);
+            a_ds.setLeap59(true, a_status);
+            a_ds.setLeap61(true, a_status);
+            a_ds.setTimeTraceable(true, a_status);
+            a_ds.setFrequencyTraceable(true, a_status);
+            a_ds.setPtpTimescale(false, a_status);
+            a_ds.setTimeSource(0x10, a_status);
+        },
+        "currentUtcOffset: 4294967295  currentUtcOffsetValid: 1  leap59: 1  leap61: 1  "
+        "timeTraceable: 1  frequencyTraceable: 1  ptpTimescale: 0  timeSource: 16 ");
 
     tPortDS portDS(kIdentity);
-    const std::string portInitial = traceText(portDS);
-    portDS.setPortIdentity(otherPort, status);
-    portDS.setPortState(kPortStateMaster, status);
-    portDS.setLogMinDelayReqInterval(-2, status);
-    portDS.setPeerMeanPathDelay(tTimeInterval(12), status);
-    portDS.setLogAnnounceInterval(-3, status);
-    portDS.setAnnounceReceiptTimeout(9, status);
-    portDS.setLogSyncInterval(-4, status);
-    portDS.setDelayMechanism(2, status);
-    portDS.setLogMinPdelayReqInterval(-5, status);
-    portDS.setVersionNumber(1, status);
-    ASSERT_EQ(status.getCode(), 0);
-
-    // The traces hold every field, so each changed field shows.
-    EXPECT_NE(traceText(defaultDS), defaultInitial);
-    EXPECT_NE(traceText(currentDS), currentInitial);
-    EXPECT_NE(traceText(parentDS), parentInitial);
-    EXPECT_NE(traceText(timePropertiesDS), timePropertiesInitial);
-    EXPECT_NE(traceText(portDS), portInitial);
-
-    defaultDS.resetToInitial(status);
-    currentDS.resetToInitial(status);
-    parentDS.resetToInitial(status);
-    timePropertiesDS.resetToInitial(status);
-    portDS.resetToInitial(status);
-    EXPECT_EQ(status.getCode(), 0);
-    EXPECT_EQ(traceText(defaultDS), defaultInitial);
-    EXPECT_EQ(traceText(currentDS), currentInitial);
-    EXPECT_EQ(traceText(parentDS), parentInitial);
-    EXPECT_EQ(traceText(timePropertiesDS), timePropertiesInitial);
-    EXPECT_EQ(traceText(portDS), portInitial);
-    EXPECT_EQ(currentDS.getMeanPathDelay(), 0);
+    expectChangeAndReset(
+        portDS,
+        "portIdentity: clockIdentity: 001b19fffe0abcde portNumber: 1\n portState: 1  "
+        "logMinDelayReqInterval: 0  peerMeanPathDelay: scaledNanoseconds: 0 logAnnounceInterval: "
+        "1  announceReceiptTimeout: 3  logSyncInterval: 0  delayMechanism: 1  "
+        "logMinPdelayReqInterval: 0  versionNumber: 2 ",
+        [&](tPortDS& a_ds, tStatus& a_status)
+        {
+            a_ds.setPortIdentity(otherPort, a_status);
+            a_ds.setPortState(kPortStateSlave, a_status);
+            a_ds.setLogMinDelayReqInterval(-2, a_status);
+            a_ds.setPeerMeanPathDelay(tTimeInterval(12), a_status);
+            a_ds.setLogAnnounceInterval(-128, a_status);
+            a_ds.setAnnounceReceiptTimeout(9, a_status);
+            a_ds.setLogSyncInterval(-1, a_status);
+            a_ds.setDelayMechanism(2, a_status);
+            a_ds.setLogMinPdelayReqInterval(127, a_status);
+            a_ds.setVersionNumber(1, a_status);
+        },
+        "portIdentity: clockIdentity: 0000000000000000 portNumber: 7\n portState: 9  "
+        "logMinDelayReqInterval: -2  peerMeanPathDelay: scaledNanoseconds: 786432 "
+        "logAnnounceInterval: -128  announceReceiptTimeout: 9  logSyncInterval: -1  "
+        "delayMechanism: 2  logMinPdelayReqInterval: 127  versionNumber: 1 ");
 }
 
-TEST(DataSetResetTest, AFatalStatusChangesNothing)
+TEST(DataSetTest, AFatalStatusChangesNothing)
 {
     tStatus status = fatalStatus();
     tDefaultDS defaultDS(kIdentity);
@@ -215,26 +198,40 @@ TEST(DataSetResetTest, AFatalStatusChangesNothing)
 
 // --------------------------------------------- port timers and sequences
 
-TEST(PortDSTest, TimerHandlesByIndexAndClearing)
+// Timer handles by index and sequence counters by kind belong to the running
+// port: the fall-back to the construction values keeps them.
+TEST(PortDSTest, TimerHandlesAndSequenceCounters)
 {
     tStatus status;
     tPortDS portDS(kIdentity);
-    for (u32 i = 0; i < tPortDS::kTimerCount; ++i)
-    {
-        EXPECT_EQ(portDS.getTimerId(i), tPortDS::kNoTimer);
-    }
     portDS.setTimerId(tPortDS::kAnnounceReceiptTimer, 10, status);
     portDS.setTimerId(tPortDS::kMasterClockSelectedTimer, 15, status);
-    EXPECT_EQ(portDS.getTimerId(0), 10u);
-    EXPECT_EQ(portDS.getTimerId(5), 15u);
-    EXPECT_EQ(portDS.getTimerId(3), tPortDS::kNoTimer);
+    for (u32 i = 0; i < 65535; ++i)
+    {
+        portDS.nextSequenceId(tPortDS::kSyncSequence);
+    }
+    portDS.nextSequenceId(tPortDS::kDelayReqSequence);
+    portDS.resetToInitial(status);
+    EXPECT_EQ(status.getCode(), 0);
+    const u32 timers[tPortDS::kTimerCount] = {
+        10, tPortDS::kNoTimer, tPortDS::kNoTimer, tPortDS::kNoTimer, tPortDS::kNoTimer, 15};
+    for (u32 i = 0; i < tPortDS::kTimerCount; ++i)
+    {
+        EXPECT_EQ(portDS.getTimerId(i), timers[i]) << i;
+    }
+    EXPECT_EQ(portDS.getSequenceId(tPortDS::kSyncSequence), 65535);
+    EXPECT_EQ(portDS.getSequenceId(tPortDS::kDelayReqSequence), 1);
+    EXPECT_EQ(portDS.getSequenceId(tPortDS::kAnnounceSequence), 0);
+    portDS.nextSequenceId(tPortDS::kSyncSequence);
+    EXPECT_EQ(portDS.getSequenceId(tPortDS::kSyncSequence), 0);
 
-    // An index beyond the table writes nothing and reads as no timer.
+    // An index or kind beyond the tables changes nothing and reads as nothing.
     portDS.setTimerId(tPortDS::kTimerCount, 99, status);
     EXPECT_EQ(status.getCode(), kInvalidArgument);
     EXPECT_EQ(portDS.getTimerId(tPortDS::kTimerCount), tPortDS::kNoTimer);
-    EXPECT_EQ(portDS.getTimerId(5), 15u);
-
+    portDS.nextSequenceId(tPortDS::kSequenceCount);
+    EXPECT_EQ(portDS.getSequenceId(tPortDS::kSequenceCount), 0);
+    EXPECT_EQ(portDS.getSequenceId(tPortDS::kDelayReqSequence), 1);
     tStatus fatal = fatalStatus();
     portDS.setTimerId(1, 20, fatal);
     EXPECT_EQ(portDS.getTimerId(1), tPortDS::kNoTimer);
@@ -246,45 +243,7 @@ TEST(PortDSTest, TimerHandlesByIndexAndClearing)
     }
 }
 
-TEST(PortDSTest, SequenceCountersStepPerKindAndWrap)
-{
-    tPortDS portDS(kIdentity);
-    for (u32 i = 0; i < 65535; ++i)
-    {
-        portDS.nextSequenceId(tPortDS::kSyncSequence);
-    }
-    portDS.nextSequenceId(tPortDS::kDelayReqSequence);
-    EXPECT_EQ(portDS.getSequenceId(tPortDS::kSyncSequence), 65535);
-    EXPECT_EQ(portDS.getSequenceId(tPortDS::kDelayReqSequence), 1);
-    EXPECT_EQ(portDS.getSequenceId(tPortDS::kAnnounceSequence), 0);
-
-    portDS.nextSequenceId(tPortDS::kSyncSequence);
-    EXPECT_EQ(portDS.getSequenceId(tPortDS::kSyncSequence), 0);
-
-    // An unknown kind steps nothing.
-    portDS.nextSequenceId(tPortDS::kSequenceCount);
-    EXPECT_EQ(portDS.getSequenceId(tPortDS::kSequenceCount), 0);
-    EXPECT_EQ(portDS.getSequenceId(tPortDS::kDelayReqSequence), 1);
-}
-
-TEST(PortDSTest, ResetKeepsTimerHandlesAndSequenceCounters)
-{
-    tStatus status;
-    tPortDS portDS(kIdentity);
-    portDS.setTimerId(tPortDS::kSendSyncTimer, 42, status);
-    portDS.nextSequenceId(tPortDS::kAnnounceSequence);
-    portDS.setLogSyncInterval(-3, status);
-
-    portDS.resetToInitial(status);
-    EXPECT_EQ(portDS.getLogSyncInterval(), 0);
-    EXPECT_EQ(portDS.getTimerId(tPortDS::kSendSyncTimer), 42u);
-    EXPECT_EQ(portDS.getSequenceId(tPortDS::kAnnounceSequence), 1);
-    EXPECT_EQ(status.getCode(), 0);
-}
-
-// ------------------------------------------------------ measurement
 // The arithmetic itself is exercised through the Sync and delay exchange.
-
 TEST(CurrentDSTest, NegativeDelayIsIgnoredAndAFatalStatusComputesNothing)
 {
     tStatus status;
@@ -343,6 +302,12 @@ protected:
         return parts({&tClockDescriptionDS::getUserDescriptionName,
                       &tClockDescriptionDS::getUserDescriptionLocation});
     }
+    // The three descriptions whole, joined by "|".
+    std::string wholes()
+    {
+        return str(m_description.getProductDescription()) + "|" +
+               str(m_description.getRevisionData()) + "|" + str(m_description.getUserDescription());
+    }
 
     tStatus m_status;
     tClockDescriptionDS m_description;
@@ -350,130 +315,96 @@ protected:
 
 TEST_F(ClockDescriptionTest, ConstructionValues)
 {
+    const bool flags[] = {
+        m_description.getBoundaryClock(), m_description.getPeerToPeerTransparentClock(),
+        m_description.getEndToEndTransparentClock(), m_description.getManagementNode()};
     EXPECT_TRUE(m_description.getOrdinaryClock());
-    EXPECT_FALSE(m_description.getBoundaryClock());
-    EXPECT_FALSE(m_description.getPeerToPeerTransparentClock());
-    EXPECT_FALSE(m_description.getEndToEndTransparentClock());
-    EXPECT_FALSE(m_description.getManagementNode());
+    EXPECT_EQ(std::count(flags, flags + 4, true), 0);
     EXPECT_EQ(m_description.getNumberPorts(), 1);
-
     u8 manufacturer[3] = {};
     m_description.getManufacturerIdentity(manufacturer, m_status);
     EXPECT_EQ(tBytes(manufacturer, manufacturer + 3), (tBytes{0x00, 0xA0, 0xC5}));
-
     u8 profile[6] = {};
     m_description.getProfileIdentity(1, profile, m_status);
     EXPECT_EQ(tBytes(profile, profile + 6), (tBytes{0x00, 0x1B, 0x19, 0x00, 0x01, 0x00}));
-
     EXPECT_EQ(m_description.getPhysicalLayerProtocol(1).getLength(), 0);
     EXPECT_EQ(m_description.getPhysicalAddressLength(1), 0);
     EXPECT_EQ(m_description.getProtocolAddress(1), tPortAddress());
-    EXPECT_EQ(m_description.getProductDescription().getLength(), 0);
-    EXPECT_EQ(m_description.getRevisionData().getLength(), 0);
-    EXPECT_EQ(m_description.getUserDescription().getLength(), 0);
-    EXPECT_EQ(productParts(), "||");
-    EXPECT_EQ(revisionParts(), "||");
-    EXPECT_EQ(userParts(), "|");
+    EXPECT_EQ(wholes(), "||");
+    EXPECT_EQ(productParts() + revisionParts() + userParts(), "|||||");
     EXPECT_EQ(m_status.getCode(), 0);
 }
 
-TEST_F(ClockDescriptionTest, AWholeTextSplitsAtItsFirstSemicolons)
+// A whole text splits at its first semicolons and travels with them; without
+// a semicolon it is the first part, and nothing of a longer text before remains.
+TEST_F(ClockDescriptionTest, TextsAsAWholeAndFromParts)
 {
     m_description.setProductDescription(text("Orvane;PTP-1;00-A0-C5-01-02-03"), m_status);
     EXPECT_EQ(productParts(), "Orvane|PTP-1|00-A0-C5-01-02-03");
-    // The text that travels keeps its semicolons.
-    EXPECT_EQ(str(m_description.getProductDescription()), "Orvane;PTP-1;00-A0-C5-01-02-03");
-
-    // A later semicolon stays inside the last part.
     m_description.setProductDescription(text("a;b;c;d"), m_status);
     EXPECT_EQ(productParts(), "a|b|c;d");
     m_description.setUserDescription(text("name;room;shelf"), m_status);
     EXPECT_EQ(userParts(), "name|room;shelf");
-
-    // Without a semicolon the text is the first part; nothing of the longer
-    // text before remains.
-    m_description.setProductDescription(text("x"), m_status);
-    EXPECT_EQ(productParts(), "x||");
     m_description.setRevisionData(text("1.0;;3"), m_status);
     EXPECT_EQ(revisionParts(), "1.0||3");
+    EXPECT_EQ(wholes(), "a;b;c;d|1.0;;3|name;room;shelf");
+    m_description.setProductDescription(text("x"), m_status);
+    EXPECT_EQ(productParts(), "x||");
     m_description.setRevisionData(text(""), m_status);
     EXPECT_EQ(revisionParts(), "||");
-    EXPECT_EQ(m_status.getCode(), 0);
-}
 
-TEST_F(ClockDescriptionTest, TextFromPartsJoinsWithSemicolons)
-{
+    // From parts: a null part is empty; a null location drops the semicolon.
     m_description.setProductDescription(nullptr, nullptr, nullptr, m_status);
-    EXPECT_EQ(str(m_description.getProductDescription()), ";;");
-    EXPECT_EQ(productParts(), "||");
-
     m_description.setRevisionData("hw", nullptr, "sw", m_status);
-    EXPECT_EQ(str(m_description.getRevisionData()), "hw;;sw");
-    EXPECT_EQ(revisionParts(), "hw||sw");
-
     m_description.setUserDescription("clock", nullptr, m_status);
-    EXPECT_EQ(str(m_description.getUserDescription()), "clock");
-    EXPECT_EQ(userParts(), "clock|");
+    EXPECT_EQ(wholes(), ";;|hw;;sw|clock");
+    EXPECT_EQ(productParts() + " " + revisionParts() + " " + userParts(), "|| hw||sw clock|");
     m_description.setUserDescription("clock", "lab 2", m_status);
-    EXPECT_EQ(str(m_description.getUserDescription()), "clock;lab 2");
     EXPECT_EQ(userParts(), "clock|lab 2");
     m_description.setUserDescription(nullptr, "lab 3", m_status);
     EXPECT_EQ(str(m_description.getUserDescription()), ";lab 3");
     EXPECT_EQ(m_status.getCode(), 0);
-
-    // A null buffer takes nothing.
-    m_description.getManufacturerName(nullptr);
+    m_description.getManufacturerName(nullptr); // a null buffer takes nothing
 }
 
 TEST_F(ClockDescriptionTest, TextsAtTheirLimitsAndBeyond)
 {
-    struct tCase
+    const struct
     {
         u32 m_limit;
         void (tClockDescriptionDS::*m_set)(const tPTPText&, tStatus&);
         tPTPText (tClockDescriptionDS::*m_get)() const;
-    };
-    const tCase cases[] = {
+    } cases[] = {
         {64, &tClockDescriptionDS::setProductDescription,
          &tClockDescriptionDS::getProductDescription},
         {32, &tClockDescriptionDS::setRevisionData, &tClockDescriptionDS::getRevisionData},
         {128, &tClockDescriptionDS::setUserDescription, &tClockDescriptionDS::getUserDescription},
     };
-    for (const tCase& c : cases)
+    for (const auto& entry : cases)
     {
-        const std::string atLimit(c.m_limit, 'a');
+        const std::string atLimit(entry.m_limit, 'a');
         tStatus status;
-        (m_description.*c.m_set)(text(atLimit), status);
-        EXPECT_EQ(status.getCode(), 0) << c.m_limit;
-        EXPECT_EQ(str((m_description.*c.m_get)()), atLimit);
-
-        (m_description.*c.m_set)(text(std::string(c.m_limit + 1, 'b')), status);
-        EXPECT_EQ(status.getCode(), kOutOfBounds) << c.m_limit;
-        EXPECT_EQ(str((m_description.*c.m_get)()), atLimit);
+        (m_description.*entry.m_set)(text(atLimit), status);
+        EXPECT_EQ(status.getCode(), 0) << entry.m_limit;
+        (m_description.*entry.m_set)(text(std::string(entry.m_limit + 1, 'b')), status);
+        EXPECT_EQ(status.getCode(), kOutOfBounds) << entry.m_limit;
+        EXPECT_EQ(str((m_description.*entry.m_get)()), atLimit);
     }
-    EXPECT_EQ(productParts(), std::string(64, 'a') + "||");
-}
 
-TEST_F(ClockDescriptionTest, PartsThatDoNotFitAreRefusedWhole)
-{
+    // 62 characters and two semicolons fill the 64 exactly; one more is
+    // refused whole, the old text and parts stay.
     m_description.setProductDescription("old", "model", "1", m_status);
-    // 62 characters and two semicolons fill the 64 exactly.
     const std::string name62(62, 'n');
     m_description.setProductDescription(name62.c_str(), "", nullptr, m_status);
-    EXPECT_EQ(m_status.getCode(), 0);
     EXPECT_EQ(productParts(), name62 + "||");
-
+    EXPECT_EQ(m_status.getCode(), 0);
     m_description.setProductDescription("old", "model", "1", m_status);
-    const std::string name63(63, 'n');
-    m_description.setProductDescription(name63.c_str(), nullptr, nullptr, m_status);
+    m_description.setProductDescription((name62 + "n").c_str(), nullptr, nullptr, m_status);
     EXPECT_EQ(m_status.getCode(), kOutOfBounds);
-    EXPECT_EQ(str(m_description.getProductDescription()), "old;model;1");
     EXPECT_EQ(productParts(), "old|model|1");
-
     tStatus status;
     m_description.setUserDescription(std::string(128, 'u').c_str(), "", status);
     EXPECT_EQ(status.getCode(), kOutOfBounds);
-    EXPECT_EQ(userParts(), "|");
 }
 
 TEST_F(ClockDescriptionTest, PortEntries)
@@ -483,80 +414,67 @@ TEST_F(ClockDescriptionTest, PortEntries)
     u8 read[tClockDescriptionDS::kMaxPhysicalAddressLength] = {};
     EXPECT_EQ(m_description.getPhysicalAddress(1, read, m_status), 6);
     EXPECT_EQ(tBytes(read, read + 6), tBytes(mac, mac + 6));
-    EXPECT_EQ(m_description.getPhysicalAddressLength(1), 6);
-
     const u8 ip[4] = {192, 168, 1, 20};
     const tPortAddress address(1, 4, ip, m_status);
     m_description.setProtocolAddress(1, address, m_status);
     EXPECT_EQ(m_description.getProtocolAddress(1), address);
-
     m_description.setPhysicalLayerProtocol(1, text(std::string(32, 'p')), m_status);
-    EXPECT_EQ(m_description.getPhysicalLayerProtocol(1).getLength(), 32);
     ASSERT_EQ(m_status.getCode(), 0);
 
     tStatus tooLong;
     m_description.setPhysicalLayerProtocol(1, text(std::string(33, 'q')), tooLong);
     EXPECT_EQ(tooLong.getCode(), kOutOfBounds);
     EXPECT_EQ(str(m_description.getPhysicalLayerProtocol(1)), std::string(32, 'p'));
-
     const u8 big[17] = {};
     tStatus tooBig;
     m_description.setPhysicalAddress(1, big, 17, tooBig);
     EXPECT_EQ(tooBig.getCode(), kOutOfBounds);
     EXPECT_EQ(m_description.getPhysicalAddressLength(1), 6);
-
-    // A null address is an empty one.
-    m_description.setPhysicalAddress(1, nullptr, 6, m_status);
+    m_description.setPhysicalAddress(1, nullptr, 6, m_status); // a null address is empty
     EXPECT_EQ(m_description.getPhysicalAddressLength(1), 0);
     EXPECT_EQ(m_status.getCode(), 0);
 }
 
+// Ports count from 1. A status that is already fatal at construction stands
+// for a failed allocation: the description then holds no ports at all, yet
+// its texts stay usable.
 TEST(ClockDescriptionPortsTest, PortNumbersCountFromOne)
 {
     tStatus status;
-    tClockDescriptionDS description(2, status);
+    tClockDescriptionDS two(2, status);
     const u8 profile[6] = {1, 2, 3, 4, 5, 6};
-    description.setProfileIdentity(2, profile, status);
+    two.setProfileIdentity(2, profile, status);
     u8 read[6] = {};
-    description.getProfileIdentity(1, read, status);
+    two.getProfileIdentity(1, read, status);
     EXPECT_EQ(read[0], 0x00);
-    description.getProfileIdentity(2, read, status);
+    two.getProfileIdentity(2, read, status);
     EXPECT_EQ(tBytes(read, read + 6), tBytes(profile, profile + 6));
     EXPECT_EQ(status.getCode(), 0);
 
-    for (u16 port : {u16(0), u16(3)})
+    tStatus fatal = fatalStatus();
+    tClockDescriptionDS none(1, fatal);
+    const struct
+    {
+        tClockDescriptionDS& m_description;
+        u16 m_port;
+    } unknown[] = {{two, 0}, {two, 3}, {none, 1}};
+    for (const auto& entry : unknown)
     {
         tStatus bad;
-        description.setPhysicalAddress(port, profile, 6, bad);
-        EXPECT_EQ(bad.getCode(), kInvalidArgument) << port;
+        entry.m_description.setPhysicalAddress(entry.m_port, profile, 6, bad);
+        EXPECT_EQ(bad.getCode(), kInvalidArgument) << entry.m_port;
         tStatus badGet;
-        EXPECT_EQ(description.getPhysicalAddress(port, read, badGet), 0);
-        EXPECT_EQ(badGet.getCode(), kInvalidArgument) << port;
-        EXPECT_EQ(description.getPhysicalAddressLength(port), 0);
-        EXPECT_EQ(description.getProtocolAddress(port), tPortAddress());
+        EXPECT_EQ(entry.m_description.getPhysicalAddress(entry.m_port, read, badGet), 0);
+        EXPECT_EQ(badGet.getCode(), kInvalidArgument) << entry.m_port;
+        EXPECT_EQ(entry.m_description.getPhysicalAddressLength(entry.m_port), 0);
+        EXPECT_EQ(entry.m_description.getProtocolAddress(entry.m_port), tPortAddress());
+        EXPECT_EQ(entry.m_description.getPhysicalLayerProtocol(entry.m_port).getLength(), 0);
     }
-}
-
-TEST(ClockDescriptionPortsTest, WithoutPortEntriesEveryPortIsUnknown)
-{
-    // A status that is already fatal stands for a failed allocation: the
-    // clock description then holds no ports, yet stays usable.
-    tStatus fatal = fatalStatus();
-    tClockDescriptionDS description(1, fatal);
-    EXPECT_EQ(description.getNumberPorts(), 1);
-    EXPECT_TRUE(description.getOrdinaryClock());
-
-    tStatus status;
-    const u8 mac[6] = {};
-    description.setPhysicalAddress(1, mac, 6, status);
-    EXPECT_EQ(status.getCode(), kInvalidArgument);
-    EXPECT_EQ(description.getPhysicalAddressLength(1), 0);
-    EXPECT_EQ(description.getPhysicalLayerProtocol(1).getLength(), 0);
-
+    EXPECT_EQ(none.getNumberPorts(), 1);
     tStatus textStatus;
-    description.setUserDescription("name", "place", textStatus);
+    none.setUserDescription("name", "place", textStatus);
     EXPECT_EQ(textStatus.getCode(), 0);
-    EXPECT_EQ(str(description.getUserDescription()), "name;place");
+    EXPECT_EQ(str(none.getUserDescription()), "name;place");
 }
 
 } // namespace

@@ -1,11 +1,10 @@
+// The slave's measurement rounds: which Sync, Follow_Up and Delay_Resp belong
+// together, the offset and delay worked out from them, and the samples that
+// go to the timekeeper. Times are nanoseconds from a base of 1000 s.
 #include "orvptp/tSyncDelayExchange.h"
 #include "orvptp/iPTPTimekeeper.h"
 #include "orvptp/iPTPTimestampGenerator.h"
 #include "orvptp/tCurrentDS.h"
-#include "orvptp/tDelayRespMessage.h"
-#include "orvptp/tFollowUpMessage.h"
-#include "orvptp/tProtocolDataUnit.h"
-#include "orvptp/tSyncMessage.h"
 
 #include <gtest/gtest.h>
 
@@ -20,17 +19,11 @@ namespace
 const i64 kMax = tTimeInterval::kMaxScaled;
 const i64 kMin = tTimeInterval::kMinScaled;
 
-// A time measured from a base of 1000 s, in nanoseconds (may be negative).
 tTimestamp at(i64 a_nanoseconds)
 {
     const i64 total = 1000LL * 1000000000LL + a_nanoseconds;
     return tTimestamp(static_cast<u64>(total / 1000000000LL),
                       static_cast<u32>(total % 1000000000LL));
-}
-
-i64 nanosecondsOf(const tTimeInterval& a_interval)
-{
-    return a_interval.getNanoseconds();
 }
 
 struct tSample
@@ -81,76 +74,65 @@ public:
     int m_queries = 0;
 };
 
-// A message or packet that counts its deletion.
-template <typename T>
-class tTracked : public T
-{
-public:
-    tTracked(int& a_rDeletions, tStatus& a_status) : T(a_status), m_rDeletions(a_rDeletions) {}
-    ~tTracked() override { ++m_rDeletions; }
-
-private:
-    int& m_rDeletions;
-};
-
 class SyncDelayExchangeTest : public ::testing::Test
 {
 protected:
-    tSyncMessage* makeSync(u16 a_sequenceId, bool a_twoStep, const tTimestamp& a_origin,
-                           i64 a_correctionField = 0)
+    template <typename tMessage>
+    static std::unique_ptr<tMessage> make(u16 a_sequenceId, i64 a_correctionField)
     {
         tStatus build;
-        tSyncMessage* pSync = new tTracked<tSyncMessage>(m_deletions, build);
-        fillHeader(*pSync, a_sequenceId, a_correctionField);
+        auto pMessage = std::make_unique<tMessage>(build);
+        pMessage->getHeader()->setSequenceId(a_sequenceId, build);
+        pMessage->getHeader()->setCorrectionField(a_correctionField, build);
+        return pMessage;
+    }
+
+    void sync(u16 a_sequenceId, bool a_twoStep, i64 a_t1, i64 a_t2, i64 a_correctionField)
+    {
+        auto pSync = make<tSyncMessage>(a_sequenceId, a_correctionField);
+        tStatus build;
         pSync->getHeader()->setTwoStepFlag(a_twoStep, build);
-        pSync->setOriginTimestamp(a_origin, build);
-        return pSync;
+        pSync->setOriginTimestamp(at(a_t1), build);
+        m_exchange.handleSync(m_currentDS, &m_timekeeper, std::move(pSync), at(a_t2), m_status);
     }
 
     // A one-step Sync sent at a_t1 and received at a_t2.
     void oneStepSync(u16 a_sequenceId, i64 a_t1, i64 a_t2, i64 a_correctionField = 0)
     {
-        m_exchange.handleSync(m_currentDS, &m_timekeeper,
-                              makeSync(a_sequenceId, false, at(a_t1), a_correctionField), at(a_t2),
-                              m_status);
+        sync(a_sequenceId, false, a_t1, a_t2, a_correctionField);
     }
 
     // A two-step Sync received at a_t2; its origin timestamp is rough and
     // must not be used.
     void twoStepSync(u16 a_sequenceId, i64 a_t2, i64 a_correctionField = 0)
     {
-        m_exchange.handleSync(m_currentDS, &m_timekeeper,
-                              makeSync(a_sequenceId, true, at(a_t2 - 777777), a_correctionField),
-                              at(a_t2), m_status);
+        sync(a_sequenceId, true, a_t2 - 777777, a_t2, a_correctionField);
     }
 
     void followUp(u16 a_sequenceId, i64 a_t1, i64 a_correctionField = 0)
     {
+        auto pFollowUp = make<tFollowUpMessage>(a_sequenceId, a_correctionField);
         tStatus build;
-        tFollowUpMessage* pFollowUp = new tTracked<tFollowUpMessage>(m_deletions, build);
-        fillHeader(*pFollowUp, a_sequenceId, a_correctionField);
         pFollowUp->setPreciseOriginTimestamp(at(a_t1), build);
-        m_exchange.handleFollowUp(m_currentDS, &m_timekeeper, pFollowUp, m_status);
+        m_exchange.handleFollowUp(m_currentDS, &m_timekeeper, std::move(pFollowUp), m_status);
     }
 
     // Sends a Delay_Req whose transmit time will be a_t3.
-    tProtocolDataUnit* sendDelayReq(i64 a_t3)
+    void sendDelayReq(i64 a_t3)
     {
         tStatus build;
-        tProtocolDataUnit* pPacket = new tTracked<tProtocolDataUnit>(m_deletions, build);
-        m_generator.m_pKnownPacket = pPacket;
+        auto pPacket = std::make_unique<tProtocolDataUnit>(build);
+        m_generator.m_pKnownPacket = pPacket.get();
         m_generator.m_transmitTime = at(a_t3);
-        m_exchange.attachDelayRequest(pPacket, m_status);
-        return pPacket;
+        m_exchange.attachDelayRequest(std::move(pPacket), m_status);
     }
 
     void delayResp(i64 a_t4, i64 a_correctionField = 0)
     {
+        auto pResponse = make<tDelayRespMessage>(0, a_correctionField);
         tStatus build;
-        tDelayRespMessage* pResponse = new tTracked<tDelayRespMessage>(m_deletions, build);
-        fillHeader(*pResponse, 0, a_correctionField);
         pResponse->setReceiveTimestamp(at(a_t4), build);
-        m_exchange.handleDelayResp(&m_generator, pResponse, m_status);
+        m_exchange.handleDelayResp(&m_generator, std::move(pResponse), m_status);
     }
 
     void delayExchange(i64 a_t3, i64 a_t4, i64 a_correctionField = 0)
@@ -159,20 +141,12 @@ protected:
         delayResp(a_t4, a_correctionField);
     }
 
-    i64 offset() const { return nanosecondsOf(m_currentDS.getOffsetFromMaster()); }
-    i64 delay() const { return nanosecondsOf(m_currentDS.getMeanPathDelay()); }
+    i64 offset() const { return m_currentDS.getOffsetFromMaster().getNanoseconds(); }
+    i64 delay() const { return m_currentDS.getMeanPathDelay().getNanoseconds(); }
     size_t samples() const { return m_timekeeper.m_samples.size(); }
     const tSample& lastSample() const { return m_timekeeper.m_samples.back(); }
 
-    static void fillHeader(tPTPMessage& a_message, u16 a_sequenceId, i64 a_correctionField)
-    {
-        tStatus build;
-        a_message.getHeader()->setSequenceId(a_sequenceId, build);
-        a_message.getHeader()->setCorrectionField(a_correctionField, build);
-    }
-
     tStatus m_status;
-    int m_deletions = 0;
     tCurrentDS m_currentDS;
     tRecordingTimekeeper m_timekeeper;
     tFakeTimestampGenerator m_generator;
@@ -204,16 +178,6 @@ TEST_F(SyncDelayExchangeTest, SymmetricPathGivesExactOffsetAndDelay)
     EXPECT_EQ(lastSample().m_master, at(999999900));
     EXPECT_EQ(lastSample().m_local, at(1000000900));
     EXPECT_TRUE(m_status.isNotFatal());
-}
-
-TEST_F(SyncDelayExchangeTest, AsymmetryMovesOffsetByHalfOfIt)
-{
-    // True offset -2,000 ns; 700 ns towards the slave, 300 ns back.
-    delayExchange(10000, 10000 + 2000 + 300); // t4 = t3 - offset + 300
-    oneStepSync(1, 50000, 50000 - 2000 + 700);
-    EXPECT_EQ(delay(), 500);
-    EXPECT_EQ(offset(), -2000 + 200);
-    EXPECT_EQ(lastSample().m_local, at(50000 - 1800));
 }
 
 TEST_F(SyncDelayExchangeTest, NegativeDelayIsStoredAsZeroAndHalvingTruncates)
@@ -252,166 +216,24 @@ TEST_F(SyncDelayExchangeTest, OneStepCorrectionsCountInWholeNanosecondsRoundedDo
     EXPECT_EQ(offset(), 1000 - 930 - 100);
 }
 
-TEST_F(SyncDelayExchangeTest, TwoStepCountsAllThreeCorrections)
+// T1 comes from the Follow_Up, and all three corrections count.
+TEST_F(SyncDelayExchangeTest, TwoStepTakesT1FromTheFollowUpAndCountsThreeCorrections)
 {
     delayExchange(0, 3000, 60LL << 16);
     twoStepSync(1, 2000, 100LL << 16);
+    EXPECT_EQ(samples(), 0u);
     followUp(1, 1000, -(40LL << 16));
     // sum = (2000 - 0) + (3000 - 1000) - 100 + 40 - 60 = 3880
     EXPECT_EQ(delay(), 1940);
     EXPECT_EQ(offset(), 2000 - 1000 - 1940 - 100 + 40);
-}
-
-// ------------------------------------------------------------------ two-step
-
-TEST_F(SyncDelayExchangeTest, TwoStepSampleWaitsForFollowUpAndUsesItsTimestamp)
-{
-    twoStepSync(7, 5000);
-    EXPECT_EQ(samples(), 0u);
-    EXPECT_EQ(offset(), 0);
-
-    followUp(7, 1000);
-    EXPECT_EQ(offset(), 4000);
     ASSERT_EQ(samples(), 1u);
     EXPECT_EQ(lastSample().m_master, at(1000));
-    EXPECT_EQ(lastSample().m_local, at(5000));
+    EXPECT_EQ(lastSample().m_local, at(1000 + offset()));
 
     // The same Follow_Up again finds the round already finished.
-    followUp(7, 1000);
-    EXPECT_EQ(samples(), 1u);
-}
-
-TEST_F(SyncDelayExchangeTest, TwoStepDelayTakesT1FromFollowUp)
-{
-    delayExchange(100000, 100000 + 300 - 1000); // slave 1,000 ns ahead, 300 ns path
-    twoStepSync(1, 200000 + 300 + 1000);
-    followUp(1, 200000);
-    EXPECT_EQ(delay(), 300);
-    EXPECT_EQ(offset(), 1000);
-}
-
-TEST_F(SyncDelayExchangeTest, FollowUpWithOtherSequenceIdIsDroppedAndEndsTheRound)
-{
-    twoStepSync(10, 5000);
-    followUp(11, 1000);
-    EXPECT_EQ(samples(), 0u);
-    // Even the right one comes too late now.
-    followUp(10, 1000);
-    EXPECT_EQ(samples(), 0u);
-    EXPECT_EQ(m_deletions, 2);
-    EXPECT_TRUE(m_status.isNotFatal());
-}
-
-TEST_F(SyncDelayExchangeTest, SecondSyncReplacesFirstSoOnlyItsFollowUpMatches)
-{
-    twoStepSync(1, 5000);
-    twoStepSync(2, 9000);
-    EXPECT_EQ(m_deletions, 1); // the first Sync
-    followUp(2, 1000);
-    ASSERT_EQ(samples(), 1u);
-    EXPECT_EQ(offset(), 8000); // t2 of the second Sync
-
-    twoStepSync(3, 5000);
-    twoStepSync(4, 9000);
-    followUp(3, 1000);
-    EXPECT_EQ(samples(), 1u);
-}
-
-TEST_F(SyncDelayExchangeTest, FollowUpWithoutTwoStepSyncIsDropped)
-{
-    followUp(1, 1000); // nothing held yet
-    oneStepSync(2, 0, 100);
-    followUp(2, 1000); // its Sync was one-step and is finished
-    EXPECT_EQ(samples(), 1u);
-    EXPECT_EQ(offset(), 100);
-    EXPECT_EQ(m_deletions, 2);
-
-    // A one-step Sync that is still held (its round could not finish under a
-    // failed status) does not take a Follow_Up either.
-    ORVTARN_SET_CODE(m_status, nOrvTarn000::kStatusInternalError);
-    oneStepSync(3, 0, 200);
-    m_status.clear();
-    followUp(3, 1000);
-    EXPECT_EQ(samples(), 1u);
-    EXPECT_EQ(offset(), 100);
-}
-
-TEST_F(SyncDelayExchangeTest, StrayFollowUpForgetsAMatchedDelayResponse)
-{
-    delayExchange(0, 2000);
-    followUp(5, 1000); // no Sync held: dropped, round ends
-    twoStepSync(6, 1000);
-    followUp(6, 1000);
-    EXPECT_EQ(delay(), 0);
-    EXPECT_EQ(samples(), 1u);
-}
-
-// ------------------------------------------------------------ delay exchange
-
-TEST_F(SyncDelayExchangeTest, DelayRespWithoutPendingRequestIsDropped)
-{
-    delayResp(2000);
-    EXPECT_EQ(m_deletions, 1);
-    EXPECT_EQ(m_generator.m_queries, 0);
-    oneStepSync(1, 0, 0);
-    EXPECT_EQ(delay(), 0);
-}
-
-TEST_F(SyncDelayExchangeTest, DelayRespAfterTheRoundEndedIsDropped)
-{
-    sendDelayReq(0);
-    oneStepSync(1, 1000, 1000); // finishes while the request is unanswered
-    delayResp(2000);
-    // Not even a later request revives it.
-    sendDelayReq(0);
-    oneStepSync(2, 1000, 1000);
-    EXPECT_EQ(delay(), 0);
-}
-
-TEST_F(SyncDelayExchangeTest, NewRequestKeepsHeldSyncAndLastMatchedExchange)
-{
-    delayExchange(0, 2000);
-    twoStepSync(1, 1000);
-    sendDelayReq(5000); // still unanswered when the round finishes
     followUp(1, 1000);
-    ASSERT_EQ(samples(), 1u);
-    EXPECT_EQ(delay(), 1000); // from t3 = 0 and t4 = 2000
+    EXPECT_EQ(samples(), 1u);
 }
-
-TEST_F(SyncDelayExchangeTest, DelayRespWithoutTransmitTimeIsDropped)
-{
-    sendDelayReq(0);
-    m_generator.m_pKnownPacket = nullptr;
-    delayResp(2000);
-    EXPECT_EQ(m_generator.m_queries, 1);
-    oneStepSync(1, 1000, 1000);
-    EXPECT_EQ(delay(), 0);
-    EXPECT_TRUE(m_status.isNotFatal());
-}
-
-TEST_F(SyncDelayExchangeTest, TransmitTimeIsThatOfTheLatestRequest)
-{
-    sendDelayReq(0);
-    EXPECT_EQ(m_deletions, 0);
-    sendDelayReq(400); // the generator now knows only this packet
-    EXPECT_EQ(m_deletions, 1);
-    delayResp(2000);
-    oneStepSync(1, 1000, 1000);
-    EXPECT_EQ(delay(), (600 + 1000) / 2);
-}
-
-TEST_F(SyncDelayExchangeTest, RequestAttachedWithFatalStatusIsDeletedAndNotPending)
-{
-    ORVTARN_SET_CODE(m_status, nOrvTarn000::kStatusMemoryFull);
-    sendDelayReq(0);
-    EXPECT_EQ(m_deletions, 1);
-    m_status.clear();
-    delayResp(2000);
-    EXPECT_EQ(m_generator.m_queries, 0);
-    EXPECT_EQ(m_deletions, 2);
-}
-
-// ---------------------------------------------------------------- saturation
 
 TEST_F(SyncDelayExchangeTest, OffsetBeyondRangeSaturatesAndSampleUsesPlainReceiptTime)
 {
@@ -437,33 +259,138 @@ TEST_F(SyncDelayExchangeTest, OffsetBeyondRangeSaturatesAndSampleUsesPlainReceip
     EXPECT_TRUE(m_status.isNotFatal());
 }
 
-// ------------------------------------------------------------- reset, status
+// ------------------------------------------------------------------ two-step
 
-TEST_F(SyncDelayExchangeTest, ResetForgetsHeldSyncAndPendingExchange)
+// A Follow_Up of another sequenceId, or one with no two-step Sync held, is
+// dropped and ends the round: even the right one comes too late then, and a
+// Delay_Resp matched in that round is forgotten.
+TEST_F(SyncDelayExchangeTest, AFollowUpThatDoesNotFitEndsTheRound)
+{
+    twoStepSync(10, 5000);
+    followUp(11, 1000);
+    followUp(10, 1000);
+    EXPECT_EQ(samples(), 0u);
+
+    followUp(1, 1000); // nothing held
+    oneStepSync(2, 0, 100);
+    followUp(2, 1000); // its Sync was one-step and is finished
+    EXPECT_EQ(samples(), 1u);
+    EXPECT_EQ(offset(), 100);
+
+    delayExchange(0, 2000);
+    followUp(5, 1000);
+    twoStepSync(6, 1000);
+    followUp(6, 1000);
+    EXPECT_EQ(delay(), 0);
+    EXPECT_EQ(samples(), 2u);
+
+    // A one-step Sync still held (its round could not finish under a failed
+    // status) takes no Follow_Up either.
+    ORVTARN_SET_CODE(m_status, nOrvTarn000::kStatusInternalError);
+    oneStepSync(3, 0, 200);
+    m_status.clear();
+    followUp(3, 1000);
+    EXPECT_EQ(samples(), 2u);
+    EXPECT_TRUE(m_status.isNotFatal());
+}
+
+TEST_F(SyncDelayExchangeTest, SecondSyncReplacesFirstSoOnlyItsFollowUpMatches)
 {
     twoStepSync(1, 5000);
+    twoStepSync(2, 9000);
+    followUp(2, 1000);
+    ASSERT_EQ(samples(), 1u);
+    EXPECT_EQ(offset(), 8000); // t2 of the second Sync
+
+    twoStepSync(3, 5000);
+    twoStepSync(4, 9000);
+    followUp(3, 1000);
+    EXPECT_EQ(samples(), 1u);
+}
+
+// ------------------------------------------------------------ delay exchange
+
+// A Delay_Resp counts only while its request is pending in the current round:
+// not without a request, not after the round ended, not for a request that
+// could not be attached, and not without the request's transmit time.
+TEST_F(SyncDelayExchangeTest, DelayRespWithoutAPendingRequestIsDropped)
+{
+    delayResp(2000);
+    EXPECT_EQ(m_generator.m_queries, 0);
+
+    sendDelayReq(0);
+    oneStepSync(1, 1000, 1000); // finishes while the request is unanswered
+    delayResp(2000);
+
+    ORVTARN_SET_CODE(m_status, nOrvTarn000::kStatusMemoryFull);
+    sendDelayReq(0);
+    m_status.clear();
+    delayResp(2000);
+    EXPECT_EQ(m_generator.m_queries, 0);
+
+    sendDelayReq(0);
+    m_generator.m_pKnownPacket = nullptr;
+    delayResp(2000);
+    EXPECT_EQ(m_generator.m_queries, 1);
+
+    oneStepSync(2, 1000, 1000);
+    EXPECT_EQ(delay(), 0);
+    EXPECT_EQ(samples(), 2u);
+    EXPECT_TRUE(m_status.isNotFatal());
+}
+
+TEST_F(SyncDelayExchangeTest, ARoundUsesTheLatestRequestAndTheLastMatchedExchange)
+{
+    sendDelayReq(0);
+    sendDelayReq(400); // the generator now knows only this packet
+    delayResp(2000);
+    oneStepSync(1, 1000, 1000);
+    EXPECT_EQ(delay(), (600 + 1000) / 2);
+
     delayExchange(0, 2000);
+    twoStepSync(2, 1000);
+    sendDelayReq(5000); // still unanswered when the round finishes
+    followUp(2, 1000);
+    EXPECT_EQ(delay(), 1000); // from t3 = 0 and t4 = 2000
+}
+
+// ---------------------------------------------------------------- reset
+
+// Entering UNCALIBRATED resets the exchange, so that a new parent's first
+// round never mixes in the old master's times: a held Sync, a pending
+// Delay_Req and a matched Delay_Resp all count as never seen.
+TEST_F(SyncDelayExchangeTest, ResetForgetsTheHeldSyncAndBothHalvesOfTheDelayExchange)
+{
+    twoStepSync(1, 5000);
     m_exchange.reset(m_status);
     followUp(1, 1000);
     EXPECT_EQ(samples(), 0u);
 
+    delayExchange(0, 2000);
+    m_exchange.reset(m_status);
+    twoStepSync(2, 7000);
+    followUp(2, 1000);
+    ASSERT_EQ(samples(), 1u);
+    EXPECT_EQ(delay(), 0);
+    EXPECT_EQ(offset(), 6000);
+
     sendDelayReq(0);
     m_exchange.reset(m_status);
     delayResp(2000);
-    oneStepSync(2, 1000, 1000);
+    oneStepSync(3, 1000, 1000);
     EXPECT_EQ(delay(), 0);
-    EXPECT_EQ(samples(), 1u);
-}
+    EXPECT_EQ(samples(), 2u);
 
-TEST_F(SyncDelayExchangeTest, ResetWithFatalStatusKeepsTheRound)
-{
-    twoStepSync(1, 5000);
+    // With a fatal status nothing is forgotten.
+    twoStepSync(4, 5000);
     tStatus failed;
     ORVTARN_SET_CODE(failed, nOrvTarn000::kStatusInternalError);
     m_exchange.reset(failed);
-    followUp(1, 1000);
-    EXPECT_EQ(samples(), 1u);
+    followUp(4, 1000);
+    EXPECT_EQ(samples(), 3u);
 }
+
+// ---------------------------------------------------------------- failures
 
 TEST_F(SyncDelayExchangeTest, FailedSampleReachesCallerAndStillEndsTheRound)
 {
@@ -481,49 +408,23 @@ TEST_F(SyncDelayExchangeTest, FailedSampleReachesCallerAndStillEndsTheRound)
     EXPECT_EQ(offset(), 1000);
 }
 
-TEST_F(SyncDelayExchangeTest, FatalStatusOnEntryDeliversNoSample)
+TEST_F(SyncDelayExchangeTest, FatalStatusMissingMessageOrTimekeeper)
 {
     ORVTARN_SET_CODE(m_status, nOrvTarn000::kStatusInternalError);
     oneStepSync(1, 0, 1000);
     EXPECT_EQ(samples(), 0u);
     EXPECT_EQ(offset(), 0);
     EXPECT_EQ(m_status.getCode(), nOrvTarn000::kStatusInternalError);
-}
 
-TEST_F(SyncDelayExchangeTest, MissingMessageOrTimekeeperIsReported)
-{
+    m_status.clear();
     m_exchange.handleSync(m_currentDS, &m_timekeeper, nullptr, at(0), m_status);
     EXPECT_EQ(m_status.getCode(), nOrvTarn000::kStatusInvalidArgument);
     m_status.clear();
-
-    m_exchange.handleSync(m_currentDS, nullptr, makeSync(1, false, at(0)), at(10), m_status);
+    auto pSync = make<tSyncMessage>(1, 0);
+    pSync->setOriginTimestamp(at(0), m_status);
+    m_exchange.handleSync(m_currentDS, nullptr, std::move(pSync), at(10), m_status);
     EXPECT_EQ(m_status.getCode(), nOrvTarn000::kStatusInvalidArgument);
     EXPECT_EQ(offset(), 10);
-}
-
-// ----------------------------------------------------------------- ownership
-
-TEST_F(SyncDelayExchangeTest, KeptObjectsAreDeletedOnReplacementAndDestruction)
-{
-    int deletions = 0;
-    {
-        tSyncDelayExchange exchange;
-        tTracked<tSyncMessage>* pSync = new tTracked<tSyncMessage>(deletions, m_status);
-        pSync->getHeader()->setTwoStepFlag(true, m_status);
-        exchange.handleSync(m_currentDS, &m_timekeeper, pSync, at(0), m_status);
-        exchange.handleFollowUp(m_currentDS, &m_timekeeper,
-                                new tTracked<tFollowUpMessage>(deletions, m_status), m_status);
-        tProtocolDataUnit* pPacket = new tTracked<tProtocolDataUnit>(deletions, m_status);
-        m_generator.m_pKnownPacket = pPacket;
-        exchange.attachDelayRequest(pPacket, m_status);
-        exchange.handleDelayResp(&m_generator, new tTracked<tDelayRespMessage>(deletions, m_status),
-                                 m_status);
-        EXPECT_EQ(deletions, 0);
-        exchange.reset(m_status); // keeps them
-        EXPECT_EQ(deletions, 0);
-    }
-    EXPECT_EQ(deletions, 4);
-    EXPECT_EQ(samples(), 1u);
 }
 
 } // namespace

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Cross-checks the message serialiser against Wireshark's PTP dissector.
 
-Runs the capture tool (orvptp_wireshark_capture), which writes a capture of
-every message type this clock sends together with the field values that were
-put into each message, dissects the capture with tshark and compares, frame by
-frame:
+Runs the capture tool (orvptp_wireshark_capture), which writes every message
+type this clock sends together with the field values that were put into each
+message, frames the datagrams as the clock sends them (Ethernet, IPv4 with TTL
+1, UDP to 224.0.1.129) into a capture, dissects it with tshark and compares,
+frame by frame:
 
   * the frame is Ethernet/IPv4/UDP/PTP, to 224.0.1.129 and the right port,
     with a good IPv4 header checksum;
@@ -20,12 +21,49 @@ import argparse
 import json
 import os
 import shutil
+import struct
 import subprocess
 import sys
 
 SKIP = 77
 # Expert severities are the high bits of a 32-bit word; error is 0x00800000.
 SEVERITY_ERROR = 0x00800000
+
+
+GROUP_MAC = bytes.fromhex("01005e000181")
+# A locally administered sender MAC and a documentation address.
+SOURCE_MAC = bytes.fromhex("020000000001")
+SOURCE_ADDRESS = bytes([192, 0, 2, 1])
+GROUP_ADDRESS = bytes([224, 0, 1, 129])
+
+
+def internet_checksum(data):
+    """The one's complement sum over 16-bit words, as IPv4 headers use it."""
+    total = sum(struct.unpack("!%dH" % (len(data) // 2), data))
+    while total >> 16:
+        total = (total & 0xFFFF) + (total >> 16)
+    return ~total & 0xFFFF
+
+
+def ethernet_frame(datagram, port, identification):
+    """Ethernet II, IPv4 without options, UDP without checksum."""
+    udp = struct.pack("!HHHH", port, port, 8 + len(datagram), 0) + datagram
+    ip = struct.pack("!BBHHHBBH4s4s", 0x45, 0, 20 + len(udp), identification, 0, 1, 17, 0,
+                     SOURCE_ADDRESS, GROUP_ADDRESS)
+    ip = ip[:10] + struct.pack("!H", internet_checksum(ip)) + ip[12:]
+    return GROUP_MAC + SOURCE_MAC + struct.pack("!H", 0x0800) + ip + udp
+
+
+def write_capture(path, expectations):
+    """A classic pcap file, microsecond timestamps, Ethernet link type."""
+    out = [struct.pack("<IHHiIII", 0xA1B2C3D4, 2, 4, 0, 0, 65535, 1)]
+    for index, frame in enumerate(expectations):
+        datagram = bytes.fromhex(frame["datagram"].replace(":", ""))
+        packet = ethernet_frame(datagram, frame["udpPort"], 0x4000 + index)
+        out.append(struct.pack("<IIII", 1700000000 + index, 0, len(packet), len(packet)))
+        out.append(packet)
+    with open(path, "wb") as file:
+        file.write(b"".join(out))
 
 
 def pairs_hook(pairs):
@@ -107,9 +145,10 @@ def check_frame(index, expectation, layers):
     if single("udp.dstport") != port or single("udp.srcport") != port:
         problems.append("UDP ports are %r/%r, not %s"
                         % (single("udp.srcport"), single("udp.dstport"), port))
-    if single("udp.length") != str(8 + expectation["datagramLength"]):
+    length = len(expectation["datagram"].replace(":", "")) // 2
+    if single("udp.length") != str(8 + length):
         problems.append("udp.length is %r for a datagram of %d bytes"
-                        % (single("udp.length"), expectation["datagramLength"]))
+                        % (single("udp.length"), length))
 
     for key, value in leaves:
         if key.startswith("_ws.malformed"):
@@ -153,12 +192,13 @@ def main():
     os.makedirs(arguments.work_dir, exist_ok=True)
     pcap = os.path.join(arguments.work_dir, "messages.pcap")
     expect = os.path.join(arguments.work_dir, "messages.expected.json")
-    result = subprocess.run([arguments.capture_tool, "--pcap", pcap, "--expect", expect])
+    result = subprocess.run([arguments.capture_tool, "--expect", expect])
     if result.returncode != 0:
         print("the capture tool failed with status %d" % result.returncode)
         return 1
     with open(expect, encoding="ascii") as file:
         expectations = json.load(file)
+    write_capture(pcap, expectations)
 
     version = subprocess.run([tshark, "--version"], capture_output=True, text=True)
     print((version.stdout.splitlines() or ["tshark, version unknown"])[0])

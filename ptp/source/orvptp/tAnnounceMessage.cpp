@@ -16,9 +16,9 @@ tAnnounceMessage::tAnnounceMessage(tStatus& a_status)
     prepareForSending(kMessageTypeAnnounce, a_status);
 }
 
-tAnnounceMessage::tAnnounceMessage(tMessageHeader* a_pHeader, iSerializableTarget& a_target,
-                                   tStatus& a_status)
-    : tPTPMessage(a_pHeader, a_status), m_currentUTCOffset(0), m_grandmasterPriority1(0),
+tAnnounceMessage::tAnnounceMessage(std::unique_ptr<tMessageHeader> a_pHeader,
+                                   iSerializableTarget& a_target, tStatus& a_status)
+    : tPTPMessage(std::move(a_pHeader), a_status), m_currentUTCOffset(0), m_grandmasterPriority1(0),
       m_grandmasterPriority2(0), m_stepsRemoved(0), m_timeSource(kDefaultTimeSource)
 {
     parseBodyAndSuffix(a_target, a_status);

@@ -29,7 +29,7 @@ public:
     // Offset 0, timeSource 0xA0, stepsRemoved 0, grandmaster identity zero,
     // default clock quality, both priorities 0.
     explicit tAnnounceMessage(nOrvTarn000::tStatus& a_status);
-    tAnnounceMessage(tMessageHeader* a_pHeader, iSerializableTarget& a_target,
+    tAnnounceMessage(std::unique_ptr<tMessageHeader> a_pHeader, iSerializableTarget& a_target,
                      nOrvTarn000::tStatus& a_status);
 
     const tTimestamp& getOriginTimestamp() const { return m_originTimestamp; }

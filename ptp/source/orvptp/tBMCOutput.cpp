@@ -21,23 +21,17 @@ bool isFrom(const tAnnounceMessage* a_pMessage, const tPortIdentity& a_sender)
 
 } // namespace
 
-tBMCOutput::tBMCOutput(u16 a_numberPorts, tStatus& a_status)
-    : m_numberPorts(0), m_pDecisions(nullptr)
+tBMCOutput::tBMCOutput(u16 a_numberPorts, tStatus& a_status) : m_numberPorts(0)
 {
     if (!REQUIRE(a_numberPorts != 0, kStatusInvalidArgument, a_status))
     {
         return;
     }
-    m_pDecisions = new (a_status) tStateDecision[a_numberPorts];
+    m_pDecisions = nOrvTarn000::makeOwnedArray<tStateDecision>(a_status, a_numberPorts);
     if (m_pDecisions != nullptr)
     {
         m_numberPorts = a_numberPorts;
     }
-}
-
-tBMCOutput::~tBMCOutput()
-{
-    delete[] m_pDecisions;
 }
 
 bool tBMCOutput::isPort(u16 a_portNumber, tStatus& a_status) const

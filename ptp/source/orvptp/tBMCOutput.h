@@ -3,6 +3,8 @@
 #include "orvptp/tStateDecision.h"
 #include "orvtarn/protons/status/tStatus.h"
 
+#include <memory>
+
 namespace nOrvPTP000
 {
 
@@ -14,7 +16,6 @@ class tBMCOutput
 public:
     // 0 ports is refused with kStatusInvalidArgument and leaves no entries.
     tBMCOutput(u16 a_numberPorts, nOrvTarn000::tStatus& a_status);
-    ~tBMCOutput();
 
     tBMCOutput(const tBMCOutput&) = delete;
     tBMCOutput& operator=(const tBMCOutput&) = delete;
@@ -43,7 +44,7 @@ private:
     bool isPort(u16 a_portNumber, nOrvTarn000::tStatus& a_status) const;
 
     u16 m_numberPorts;
-    tStateDecision* m_pDecisions;
+    std::unique_ptr<tStateDecision[]> m_pDecisions;
 };
 
 } // namespace nOrvPTP000

@@ -35,21 +35,15 @@ tClockDescriptionDS::tPortEntry::tPortEntry() : m_physicalAddressLength(0)
 
 tClockDescriptionDS::tClockDescriptionDS(u16 a_numberPorts, tStatus& a_status)
     : m_ordinaryClock(true), m_boundaryClock(false), m_peerToPeerTransparentClock(false),
-      m_endToEndTransparentClock(false), m_managementNode(false), m_pPorts(nullptr),
-      m_numberPorts(a_numberPorts)
+      m_endToEndTransparentClock(false), m_managementNode(false), m_numberPorts(a_numberPorts)
 {
     if (a_numberPorts != 0)
     {
-        m_pPorts = new (a_status) tPortEntry[a_numberPorts];
+        m_pPorts = nOrvTarn000::makeOwnedArray<tPortEntry>(a_status, a_numberPorts);
     }
     m_manufacturerIdentity[0] = static_cast<u8>(kOrvOrganizationId >> 16);
     m_manufacturerIdentity[1] = static_cast<u8>(kOrvOrganizationId >> 8);
     m_manufacturerIdentity[2] = static_cast<u8>(kOrvOrganizationId);
-}
-
-tClockDescriptionDS::~tClockDescriptionDS()
-{
-    delete[] m_pPorts;
 }
 
 void tClockDescriptionDS::setOrdinaryClock(bool a_value, tStatus& a_status)

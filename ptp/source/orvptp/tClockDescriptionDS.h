@@ -3,6 +3,8 @@
 #include "orvptp/tPTPText.h"
 #include "orvptp/tPortAddress.h"
 
+#include <memory>
+
 namespace nOrvPTP000
 {
 
@@ -53,7 +55,6 @@ public:
     // the ports cannot be allocated the status holds kStatusMemoryFull and the
     // clock has no port entries.
     tClockDescriptionDS(u16 a_numberPorts, nOrvTarn000::tStatus& a_status);
-    ~tClockDescriptionDS();
 
     tClockDescriptionDS(const tClockDescriptionDS&) = delete;
     tClockDescriptionDS& operator=(const tClockDescriptionDS&) = delete;
@@ -152,7 +153,7 @@ private:
     bool m_peerToPeerTransparentClock;
     bool m_endToEndTransparentClock;
     bool m_managementNode;
-    tPortEntry* m_pPorts;
+    std::unique_ptr<tPortEntry[]> m_pPorts;
     u16 m_numberPorts;
     u8 m_manufacturerIdentity[kManufacturerIdentityLength];
     tProductDescription m_productDescription;

@@ -11,9 +11,9 @@ tDelayReqMessage::tDelayReqMessage(tStatus& a_status) : tTimestampMessage(a_stat
     prepareForSending(kMessageTypeDelayReq, a_status);
 }
 
-tDelayReqMessage::tDelayReqMessage(tMessageHeader* a_pHeader, iSerializableTarget& a_target,
-                                   tStatus& a_status)
-    : tTimestampMessage(a_pHeader, a_status)
+tDelayReqMessage::tDelayReqMessage(std::unique_ptr<tMessageHeader> a_pHeader,
+                                   iSerializableTarget& a_target, tStatus& a_status)
+    : tTimestampMessage(std::move(a_pHeader), a_status)
 {
     parseBodyAndSuffix(a_target, a_status);
 }

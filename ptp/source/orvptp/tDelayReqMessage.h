@@ -10,7 +10,7 @@ class tDelayReqMessage : public tTimestampMessage
 {
 public:
     explicit tDelayReqMessage(nOrvTarn000::tStatus& a_status);
-    tDelayReqMessage(tMessageHeader* a_pHeader, iSerializableTarget& a_target,
+    tDelayReqMessage(std::unique_ptr<tMessageHeader> a_pHeader, iSerializableTarget& a_target,
                      nOrvTarn000::tStatus& a_status);
 
     const tTimestamp& getOriginTimestamp() const { return getBodyTimestamp(); }

@@ -15,9 +15,9 @@ tDelayRespMessage::tDelayRespMessage(tStatus& a_status)
     prepareForSending(kMessageTypeDelayResp, a_status);
 }
 
-tDelayRespMessage::tDelayRespMessage(tMessageHeader* a_pHeader, iSerializableTarget& a_target,
-                                     tStatus& a_status)
-    : tPTPMessage(a_pHeader, a_status), m_requestingPortIdentity(allPortsIdentity())
+tDelayRespMessage::tDelayRespMessage(std::unique_ptr<tMessageHeader> a_pHeader,
+                                     iSerializableTarget& a_target, tStatus& a_status)
+    : tPTPMessage(std::move(a_pHeader), a_status), m_requestingPortIdentity(allPortsIdentity())
 {
     parseBodyAndSuffix(a_target, a_status);
 }

@@ -16,7 +16,7 @@ public:
     };
 
     explicit tDelayRespMessage(nOrvTarn000::tStatus& a_status);
-    tDelayRespMessage(tMessageHeader* a_pHeader, iSerializableTarget& a_target,
+    tDelayRespMessage(std::unique_ptr<tMessageHeader> a_pHeader, iSerializableTarget& a_target,
                       nOrvTarn000::tStatus& a_status);
 
     const tTimestamp& getReceiveTimestamp() const { return m_receiveTimestamp; }

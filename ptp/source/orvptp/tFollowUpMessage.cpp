@@ -11,9 +11,9 @@ tFollowUpMessage::tFollowUpMessage(tStatus& a_status) : tTimestampMessage(a_stat
     prepareForSending(kMessageTypeFollowUp, a_status);
 }
 
-tFollowUpMessage::tFollowUpMessage(tMessageHeader* a_pHeader, iSerializableTarget& a_target,
-                                   tStatus& a_status)
-    : tTimestampMessage(a_pHeader, a_status)
+tFollowUpMessage::tFollowUpMessage(std::unique_ptr<tMessageHeader> a_pHeader,
+                                   iSerializableTarget& a_target, tStatus& a_status)
+    : tTimestampMessage(std::move(a_pHeader), a_status)
 {
     parseBodyAndSuffix(a_target, a_status);
 }

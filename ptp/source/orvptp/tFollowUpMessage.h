@@ -9,7 +9,7 @@ class tFollowUpMessage : public tTimestampMessage
 {
 public:
     explicit tFollowUpMessage(nOrvTarn000::tStatus& a_status);
-    tFollowUpMessage(tMessageHeader* a_pHeader, iSerializableTarget& a_target,
+    tFollowUpMessage(std::unique_ptr<tMessageHeader> a_pHeader, iSerializableTarget& a_target,
                      nOrvTarn000::tStatus& a_status);
 
     const tTimestamp& getPreciseOriginTimestamp() const { return getBodyTimestamp(); }

@@ -1,27 +1,26 @@
 #include "orvptp/tForeignMasterAging.h"
 
-#include "orvptp/tAnnounceMessage.h"
-
 using nOrvTarn000::tStatus;
 
 namespace nOrvPTP000
 {
 
-void storeForeignAnnounce(tAnnounceMessage* a_pMessage, tForeignMasterDS& a_table,
+void storeForeignAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, tForeignMasterDS& a_table,
                           tBMCOutput& a_output, iForeignMasterTimer& a_timer, tStatus& a_status)
 {
     if (a_status.isFatal() || a_pMessage == nullptr || a_pMessage->getHeader() == nullptr)
     {
-        delete a_pMessage;
         return;
     }
     const tPortIdentity sender = a_pMessage->getHeader()->getSourcePortIdentity();
+    // The decisions borrow the message that the table is about to own.
+    const tAnnounceMessage* pMessage = a_pMessage.get();
     tStatus readStatus;
     const tAnnounceMessage* pHeld = a_output.getDecision(1, readStatus).m_pMessage;
-    a_output.replaceMessage(a_pMessage, a_status);
-    const bool replaced = a_output.getDecision(1, readStatus).m_pMessage == a_pMessage;
+    a_output.replaceMessage(pMessage, a_status);
+    const bool replaced = a_output.getDecision(1, readStatus).m_pMessage == pMessage;
 
-    const i32 created = a_table.addAnnounce(a_pMessage, a_status);
+    const i32 created = a_table.addAnnounce(std::move(a_pMessage), a_status);
     if (a_status.isFatal())
     {
         // The table deleted the refused message and left the record's older

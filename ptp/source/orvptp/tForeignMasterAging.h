@@ -13,11 +13,19 @@ namespace nOrvPTP000
 
 // Stores an admitted Announce: the decisions take it in place of its sender's
 // older message, then the table counts it, and a new record starts its aging
-// timer. Takes ownership of a_pMessage. Should the table refuse it, the
-// decisions keep the message they held.
-void storeForeignAnnounce(tAnnounceMessage* a_pMessage, tForeignMasterDS& a_table,
+// timer. Should the table refuse it, the decisions keep the message they held.
+void storeForeignAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, tForeignMasterDS& a_table,
                           tBMCOutput& a_output, iForeignMasterTimer& a_timer,
                           nOrvTarn000::tStatus& a_status);
+// The same for a caller that still holds the message by a plain pointer; it is
+// owned from here on.
+inline void storeForeignAnnounce(tAnnounceMessage* a_pMessage, tForeignMasterDS& a_table,
+                                 tBMCOutput& a_output, iForeignMasterTimer& a_timer,
+                                 nOrvTarn000::tStatus& a_status)
+{
+    storeForeignAnnounce(std::unique_ptr<tAnnounceMessage>(a_pMessage), a_table, a_output, a_timer,
+                         a_status);
+}
 
 // One firing of a_sender's aging timer: the window slides on; while Announce
 // messages remain in it the timer is armed again, otherwise the decisions

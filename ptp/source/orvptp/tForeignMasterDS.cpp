@@ -1,6 +1,5 @@
 #include "orvptp/tForeignMasterDS.h"
 
-#include "orvptp/tAnnounceMessage.h"
 #include "orvtarn/quarks/tMutexGuard.h"
 
 using nOrvTarn000::kStatusMemoryFull;
@@ -15,14 +14,6 @@ tForeignMasterDS::tForeignMasterDS(tStatus& a_status, u32 a_maximumRecords)
 {
 }
 
-tForeignMasterDS::~tForeignMasterDS()
-{
-    for (tForeignMasterRecord* pRecord : m_records)
-    {
-        delete pRecord;
-    }
-}
-
 tForeignMasterDS::tIterator tForeignMasterDS::find(const tPortIdentity& a_sender)
 {
     tIterator it = m_records.begin();
@@ -35,11 +26,10 @@ tForeignMasterDS::tIterator tForeignMasterDS::find(const tPortIdentity& a_sender
 
 void tForeignMasterDS::eraseLocked(tIterator& a_rIterator)
 {
-    delete *a_rIterator;
     a_rIterator = m_records.erase(a_rIterator);
 }
 
-i32 tForeignMasterDS::addAnnounce(tAnnounceMessage* a_pMessage, tStatus& a_status)
+i32 tForeignMasterDS::addAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, tStatus& a_status)
 {
     tMutexGuard guard(m_mutex, a_status);
     // The limit comes before the search: a full table takes nothing more.
@@ -49,29 +39,27 @@ i32 tForeignMasterDS::addAnnounce(tAnnounceMessage* a_pMessage, tStatus& a_statu
     }
     if (a_status.isFatal() || a_pMessage == nullptr || a_pMessage->getHeader() == nullptr)
     {
-        delete a_pMessage;
         return 0;
     }
 
     tIterator it = find(a_pMessage->getHeader()->getSourcePortIdentity());
     if (it != m_records.end())
     {
-        (*it)->addAnnounce(a_pMessage, a_status);
+        (*it)->addAnnounce(std::move(a_pMessage), a_status);
         return 0;
     }
 
-    tForeignMasterRecord* pRecord = new (a_status) tForeignMasterRecord(a_pMessage, a_status);
+    std::unique_ptr<tForeignMasterRecord> pRecord =
+        nOrvTarn000::makeOwned<tForeignMasterRecord>(a_status, std::move(a_pMessage), a_status);
     if (pRecord == nullptr)
     {
-        delete a_pMessage;
         return 0;
     }
     // The list node is made apart, so that a failure leaves the table as it was.
     tRecordList node;
-    node.push_back(pRecord);
+    node.push_back(std::move(pRecord));
     if (!CHECK_ALLOCATION(node, a_status))
     {
-        delete pRecord;
         return 0;
     }
     m_records.splice(m_records.end(), node);
@@ -92,7 +80,7 @@ u16 tForeignMasterDS::getAnnounceCount(const tPortIdentity& a_sender, tStatus& a
 void tForeignMasterDS::advanceWindow(const tPortIdentity& a_sender, tStatus& a_status)
 {
     tMutexGuard guard(m_mutex, a_status);
-    for (tForeignMasterRecord* pRecord : m_records)
+    for (const std::unique_ptr<tForeignMasterRecord>& pRecord : m_records)
     {
         if (a_status.isNotFatal() && pRecord->getSender() == a_sender)
         {

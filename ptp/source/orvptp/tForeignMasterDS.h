@@ -4,6 +4,7 @@
 #include "orvtarn/quarks/tMutex.h"
 
 #include <list>
+#include <memory>
 
 namespace nOrvPTP000
 {
@@ -18,7 +19,8 @@ namespace nOrvPTP000
 class tForeignMasterDS
 {
 public:
-    typedef std::list<tForeignMasterRecord*, nOrvTarn000::tAllocator<tForeignMasterRecord*>>
+    typedef std::list<std::unique_ptr<tForeignMasterRecord>,
+                      nOrvTarn000::tAllocator<std::unique_ptr<tForeignMasterRecord>>>
         tRecordList;
     typedef tRecordList::iterator tIterator;
 
@@ -30,17 +32,14 @@ public:
     // a_maximumRecords is for tests of the limit; the clock keeps the default.
     explicit tForeignMasterDS(nOrvTarn000::tStatus& a_status,
                               u32 a_maximumRecords = kMaximumRecords);
-    // Deletes every record and its message.
-    ~tForeignMasterDS();
-
     tForeignMasterDS(const tForeignMasterDS&) = delete;
     tForeignMasterDS& operator=(const tForeignMasterDS&) = delete;
 
     // Counts a_pMessage in the record of its sender, or makes a new record for
     // it. 1 when a record was made, else 0. A full table refuses every
-    // message, also one of a known sender, with kStatusMemoryFull. Takes
-    // ownership of the message: what is not stored is deleted.
-    i32 addAnnounce(tAnnounceMessage* a_pMessage, nOrvTarn000::tStatus& a_status);
+    // message, also one of a known sender, with kStatusMemoryFull; what is not
+    // stored is deleted.
+    i32 addAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, nOrvTarn000::tStatus& a_status);
 
     // The window count of a_sender's record; 0 for an unknown sender.
     u16 getAnnounceCount(const tPortIdentity& a_sender, nOrvTarn000::tStatus& a_status);

@@ -1,37 +1,29 @@
 #include "orvptp/tForeignMasterRecord.h"
 
-#include "orvptp/tAnnounceMessage.h"
-
 using nOrvTarn000::tStatus;
 
 namespace nOrvPTP000
 {
 
-tForeignMasterRecord::tForeignMasterRecord(tAnnounceMessage* a_pMessage, tStatus&)
-    : m_announceCounts(), m_front(0), m_pLastAnnounce(a_pMessage)
+tForeignMasterRecord::tForeignMasterRecord(std::unique_ptr<tAnnounceMessage> a_pMessage, tStatus&)
+    : m_announceCounts(), m_front(0), m_pLastAnnounce(std::move(a_pMessage))
 {
-    if (a_pMessage != nullptr && a_pMessage->getHeader() != nullptr)
+    if (m_pLastAnnounce != nullptr && m_pLastAnnounce->getHeader() != nullptr)
     {
-        m_sender = a_pMessage->getHeader()->getSourcePortIdentity();
+        m_sender = m_pLastAnnounce->getHeader()->getSourcePortIdentity();
     }
     m_announceCounts[m_front] = 1;
 }
 
-tForeignMasterRecord::~tForeignMasterRecord()
-{
-    delete m_pLastAnnounce;
-}
-
-void tForeignMasterRecord::addAnnounce(tAnnounceMessage* a_pMessage, tStatus& a_status)
+void tForeignMasterRecord::addAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage,
+                                       tStatus& a_status)
 {
     if (a_status.isFatal())
     {
-        delete a_pMessage;
         return;
     }
     ++m_announceCounts[m_front];
-    delete m_pLastAnnounce;
-    m_pLastAnnounce = a_pMessage;
+    m_pLastAnnounce = std::move(a_pMessage);
 }
 
 void tForeignMasterRecord::advanceWindow(tStatus& a_status)

@@ -1,10 +1,10 @@
 #pragma once
-#include "orvptp/tPortIdentity.h"
+#include "orvptp/tAnnounceMessage.h"
+
+#include <memory>
 
 namespace nOrvPTP000
 {
-
-class tAnnounceMessage;
 
 // What is known of one foreign master: its latest Announce, and how many
 // Announce messages it sent in each slot of a sliding window. The aging timer
@@ -22,17 +22,17 @@ public:
     };
 
     // The record of the sender of a_pMessage, with that message counted in
-    // the current slot. Takes ownership of the message.
-    tForeignMasterRecord(tAnnounceMessage* a_pMessage, nOrvTarn000::tStatus& a_status);
-    ~tForeignMasterRecord();
+    // the current slot.
+    tForeignMasterRecord(std::unique_ptr<tAnnounceMessage> a_pMessage,
+                         nOrvTarn000::tStatus& a_status);
 
     tForeignMasterRecord(const tForeignMasterRecord&) = delete;
     tForeignMasterRecord& operator=(const tForeignMasterRecord&) = delete;
 
     // Counts a newer Announce of the same sender and keeps it in place of the
-    // stored one, which is deleted. Takes ownership of a_pMessage; with a fatal
-    // status it is deleted and nothing changes.
-    void addAnnounce(tAnnounceMessage* a_pMessage, nOrvTarn000::tStatus& a_status);
+    // stored one, which is deleted. With a fatal status a_pMessage is deleted
+    // and nothing changes.
+    void addAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, nOrvTarn000::tStatus& a_status);
 
     // Drops the oldest slot and opens an empty current one.
     void advanceWindow(nOrvTarn000::tStatus& a_status);
@@ -42,8 +42,9 @@ public:
     bool isQualified() const { return getAnnounceCount() >= kQualificationThreshold; }
 
     const tPortIdentity& getSender() const { return m_sender; }
-    // Owned by the record; valid until the next addAnnounce or the record's end.
-    tAnnounceMessage* getLastAnnounce() const { return m_pLastAnnounce; }
+    // Borrowed from the record; valid until the next addAnnounce or the
+    // record's end.
+    tAnnounceMessage* getLastAnnounce() const { return m_pLastAnnounce.get(); }
 
 private:
     // A ring of the window's slots; m_front indexes the current one, and the
@@ -51,7 +52,7 @@ private:
     u16 m_announceCounts[kWindowSlots];
     u16 m_front;
     tPortIdentity m_sender;
-    tAnnounceMessage* m_pLastAnnounce;
+    std::unique_ptr<tAnnounceMessage> m_pLastAnnounce;
 };
 
 } // namespace nOrvPTP000

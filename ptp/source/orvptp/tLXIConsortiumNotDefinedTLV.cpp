@@ -41,14 +41,13 @@ tTrace& tLXIConsortiumNotDefinedTLV::trace(tTrace& a_trace)
     return a_trace.write("\n");
 }
 
-tTLV* tLXIConsortiumNotDefinedTLV::clone(tStatus& a_status) const
+std::unique_ptr<tTLV> tLXIConsortiumNotDefinedTLV::clone(tStatus& a_status) const
 {
-    tLXIConsortiumNotDefinedTLV* pCopy =
-        new (a_status) tLXIConsortiumNotDefinedTLV(*this, a_status);
-    if (pCopy != nullptr && a_status.isFatal())
+    std::unique_ptr<tTLV> pCopy =
+        nOrvTarn000::makeOwned<tLXIConsortiumNotDefinedTLV>(a_status, *this, a_status);
+    if (a_status.isFatal())
     {
-        delete pCopy;
-        pCopy = nullptr;
+        return nullptr;
     }
     return pCopy;
 }

@@ -17,6 +17,9 @@ public:
 
     // No data; lengthField 6.
     tLXIConsortiumNotDefinedTLV();
+    // A deep copy; without memory for the data the status says so.
+    tLXIConsortiumNotDefinedTLV(const tLXIConsortiumNotDefinedTLV& a_other,
+                                nOrvTarn000::tStatus& a_status);
 
     // Null when there is no data.
     const u8* getData() const { return m_data.getData(); }
@@ -25,7 +28,7 @@ public:
     void setData(const void* a_pData, u16 a_length, nOrvTarn000::tStatus& a_status);
 
     nOrvTarn000::tTrace& trace(nOrvTarn000::tTrace& a_trace) override;
-    tTLV* clone(nOrvTarn000::tStatus& a_status) const override;
+    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override;
     // Takes lengthField - 6 octets, counted in 16 bits; a lengthField below 6
     // therefore asks for nearly 64 KiB, which no datagram holds.
     void deserializeOrganizationData(iSerializableTarget& a_target,
@@ -34,9 +37,6 @@ public:
                                    nOrvTarn000::tStatus& a_status) override;
 
 private:
-    tLXIConsortiumNotDefinedTLV(const tLXIConsortiumNotDefinedTLV& a_other,
-                                nOrvTarn000::tStatus& a_status);
-
     tOctetBlock m_data;
 };
 

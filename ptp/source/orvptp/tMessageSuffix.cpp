@@ -22,9 +22,9 @@ tMessageSuffix::~tMessageSuffix()
 
 void tMessageSuffix::deleteAll()
 {
+    // From the last to the first.
     while (!m_tlvs.empty())
     {
-        delete m_tlvs.back();
         m_tlvs.pop_back();
     }
 }
@@ -40,22 +40,20 @@ tTLV* tMessageSuffix::getTLV(u32 a_index, tStatus& a_status)
         ORVTARN_SET_CODE(a_status, nOrvTarn000::kStatusOutOfBounds);
         return nullptr;
     }
-    return m_tlvs[a_index];
+    return m_tlvs[a_index].get();
 }
 
-void tMessageSuffix::addTLV(tTLV* a_pTLV, tStatus& a_status)
+void tMessageSuffix::addTLV(std::unique_ptr<tTLV> a_pTLV, tStatus& a_status)
 {
     if (a_status.isFatal() || a_pTLV == nullptr)
     {
-        delete a_pTLV;
         return;
     }
-    m_tlvs.push_back(a_pTLV);
+    m_tlvs.push_back(std::move(a_pTLV));
     if (!CHECK_ALLOCATION(m_tlvs, a_status))
     {
         // The vector stays as it was when its growth failed.
         m_tlvs.get_allocator().resetFailure();
-        delete a_pTLV;
     }
 }
 
@@ -116,14 +114,14 @@ void tMessageSuffix::deserialize(iSerializableTarget& a_target, tStatus& a_statu
     // ends when a read passes the end of the data.
     while (a_status.isNotFatal())
     {
-        tTLV* pTLV = tTLVFactory::createTLV(a_target, a_status);
+        std::unique_ptr<tTLV> pTLV = tTLVFactory::createTLV(a_target, a_status);
         if (a_status.getCode() == nOrvTarn000::kStatusInvalidArgument)
         {
             a_status.clear();
         }
         if (pTLV != nullptr)
         {
-            addTLV(pTLV, a_status);
+            addTLV(std::move(pTLV), a_status);
         }
     }
     if (a_status.getCode() == nOrvTarn000::kStatusOutOfBounds)
@@ -135,7 +133,7 @@ void tMessageSuffix::deserialize(iSerializableTarget& a_target, tStatus& a_statu
 u16 tMessageSuffix::getSize()
 {
     u32 size = 0;
-    for (tTLV* pTLV : m_tlvs)
+    for (const std::unique_ptr<tTLV>& pTLV : m_tlvs)
     {
         if (pTLV != nullptr)
         {

@@ -24,12 +24,12 @@ public:
     ~tMessageSuffix() override;
 
     u32 getTLVCount() const { return static_cast<u32>(m_tlvs.size()); }
-    // Not owned by the caller. An index at or past the end gives
+    // Borrowed from the suffix. An index at or past the end gives
     // kStatusOutOfBounds and null.
     tTLV* getTLV(u32 a_index, nOrvTarn000::tStatus& a_status);
-    // Appends and takes ownership, also when it fails: a TLV that cannot be
-    // stored (fatal status, no memory) is deleted.
-    void addTLV(tTLV* a_pTLV, nOrvTarn000::tStatus& a_status);
+    // Appends a_pTLV; one that cannot be stored (fatal status, no memory) is
+    // deleted.
+    void addTLV(std::unique_ptr<tTLV> a_pTLV, nOrvTarn000::tStatus& a_status);
     // Appends clones of all TLVs of a_other.
     void appendClonesOf(const tMessageSuffix& a_other, nOrvTarn000::tStatus& a_status);
     // Deletes every TLV, the last first.
@@ -44,7 +44,7 @@ public:
 private:
     void deleteAll();
 
-    std::vector<tTLV*, nOrvTarn000::tAllocator<tTLV*>> m_tlvs;
+    std::vector<std::unique_ptr<tTLV>, nOrvTarn000::tAllocator<std::unique_ptr<tTLV>>> m_tlvs;
 };
 
 } // namespace nOrvPTP000

@@ -26,7 +26,7 @@ tTrace& warningLine(i32 a_line)
 
 } // namespace
 
-tOrganizationExtensionTLV*
+std::unique_ptr<tOrganizationExtensionTLV>
 tOrganizationExtensionTLVFactory::createOrganizationExtensionTLV(iSerializableTarget& a_target,
                                                                  tStatus& a_status)
 {
@@ -50,7 +50,8 @@ tOrganizationExtensionTLVFactory::createOrganizationExtensionTLV(iSerializableTa
     if (organizationId == kLXIConsortiumOrganizationId &&
         organizationSubType == tLXIConsortiumNotDefinedTLV::kOrganizationSubType)
     {
-        tLXIConsortiumNotDefinedTLV* pTLV = new (a_status) tLXIConsortiumNotDefinedTLV();
+        std::unique_ptr<tLXIConsortiumNotDefinedTLV> pTLV =
+            nOrvTarn000::makeOwned<tLXIConsortiumNotDefinedTLV>(a_status);
         if (pTLV == nullptr)
         {
             return nullptr;
@@ -62,7 +63,6 @@ tOrganizationExtensionTLVFactory::createOrganizationExtensionTLV(iSerializableTa
         pTLV->deserializeOrganizationData(a_target, a_status);
         if (a_status.isFatal())
         {
-            delete pTLV;
             return nullptr;
         }
         return pTLV;

@@ -9,11 +9,11 @@ class tOrganizationExtensionTLVFactory
 {
 public:
     // a_target stands behind the tlvType. Reads lengthField and both
-    // identifiers, then the data of a known extension, and returns the new TLV,
-    // which the caller owns. An unknown organisation or subtype is traced and
+    // identifiers, then the data of a known extension, and returns the new
+    // TLV. An unknown organisation or subtype is traced and
     // refused with kStatusInvalidArgument; its data is not skipped, so the
     // reader goes on behind the six identifying octets.
-    static tOrganizationExtensionTLV*
+    [[nodiscard]] static std::unique_ptr<tOrganizationExtensionTLV>
     createOrganizationExtensionTLV(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status);
 };
 

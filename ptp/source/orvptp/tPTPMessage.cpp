@@ -9,28 +9,23 @@ using nOrvTarn000::tTrace;
 namespace nOrvPTP000
 {
 
-tPTPMessage::tPTPMessage(tStatus& a_status) : m_pHeader(nullptr), m_pSuffix(nullptr)
+using nOrvTarn000::makeOwned;
+
+tPTPMessage::tPTPMessage(tStatus& a_status)
+    : m_pHeader(makeOwned<tMessageHeader>(a_status)), m_pSuffix(makeOwned<tMessageSuffix>(a_status))
 {
-    m_pHeader = new (a_status) tMessageHeader();
-    m_pSuffix = new (a_status) tMessageSuffix();
     if (m_pSuffix == nullptr)
     {
-        delete m_pHeader;
-        m_pHeader = nullptr;
+        m_pHeader.reset();
     }
 }
 
-tPTPMessage::tPTPMessage(tMessageHeader* a_pHeader, tStatus& a_status)
-    : m_pHeader(a_pHeader), m_pSuffix(nullptr)
+tPTPMessage::tPTPMessage(std::unique_ptr<tMessageHeader> a_pHeader, tStatus& a_status)
+    : m_pHeader(std::move(a_pHeader)), m_pSuffix(makeOwned<tMessageSuffix>(a_status))
 {
-    m_pSuffix = new (a_status) tMessageSuffix();
 }
 
-tPTPMessage::~tPTPMessage()
-{
-    delete m_pSuffix;
-    delete m_pHeader;
-}
+tPTPMessage::~tPTPMessage() = default;
 
 void tPTPMessage::serialize(iSerializableTarget& a_target, tStatus& a_status)
 {

@@ -2,6 +2,8 @@
 #include "orvptp/tMessageHeader.h"
 #include "orvptp/tMessageSuffix.h"
 
+#include <memory>
+
 namespace nOrvPTP000
 {
 
@@ -18,15 +20,15 @@ public:
     // A default header and an empty suffix. When memory runs out both stay
     // null and the status holds kStatusMemoryFull.
     explicit tPTPMessage(nOrvTarn000::tStatus& a_status);
-    // Takes ownership of a_pHeader, whatever the status, and makes an empty suffix.
-    tPTPMessage(tMessageHeader* a_pHeader, nOrvTarn000::tStatus& a_status);
+    // Keeps a_pHeader, whatever the status, and makes an empty suffix.
+    tPTPMessage(std::unique_ptr<tMessageHeader> a_pHeader, nOrvTarn000::tStatus& a_status);
     ~tPTPMessage() override;
 
     tPTPMessage(const tPTPMessage&) = delete;
 
-    // Not owned by the caller; null only after a failed construction.
-    tMessageHeader* getHeader() const { return m_pHeader; }
-    tMessageSuffix* getSuffix() const { return m_pSuffix; }
+    // Borrowed from the message; null only after a failed construction.
+    tMessageHeader* getHeader() const { return m_pHeader.get(); }
+    tMessageSuffix* getSuffix() const { return m_pSuffix.get(); }
 
     // Stores getSize() as the messageLength, then writes header, body, suffix.
     void serialize(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
@@ -57,8 +59,8 @@ protected:
     nOrvTarn000::tTrace& closeTrace(nOrvTarn000::tTrace& a_trace, const char* a_endText);
 
 private:
-    tMessageHeader* m_pHeader;
-    tMessageSuffix* m_pSuffix;
+    std::unique_ptr<tMessageHeader> m_pHeader;
+    std::unique_ptr<tMessageSuffix> m_pSuffix;
 };
 
 } // namespace nOrvPTP000

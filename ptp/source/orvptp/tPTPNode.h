@@ -202,12 +202,14 @@ private:
     template <typename tEventClass>
     bool postNew(tStatus& a_status);
 
-    // Reception: each takes the parsed message (and deletes or hands it on);
+    // Reception: each takes the parsed message and hands it on or drops it;
     // a_state is the port state at its arrival.
-    void receiveSync(tSyncMessage* a_pMessage, tProtocolDataUnit& a_rPacket, tStatus& a_status);
-    void receiveFollowUp(tFollowUpMessage* a_pMessage, tStatus& a_status);
-    void receiveDelayResp(tDelayRespMessage* a_pMessage, tStatus& a_status);
-    void receiveAnnounce(tAnnounceMessage* a_pMessage, u8 a_state, tStatus& a_status);
+    void receiveSync(std::unique_ptr<tSyncMessage> a_pMessage, tProtocolDataUnit& a_rPacket,
+                     tStatus& a_status);
+    void receiveFollowUp(std::unique_ptr<tFollowUpMessage> a_pMessage, tStatus& a_status);
+    void receiveDelayResp(std::unique_ptr<tDelayRespMessage> a_pMessage, tStatus& a_status);
+    void receiveAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, u8 a_state,
+                         tStatus& a_status);
     bool isFromParentClock(const tPTPMessage& a_message) const;
     // Transmission. sendSync and sendFollowUp share the packet: the Sync's
     // transmit time is looked up by it.

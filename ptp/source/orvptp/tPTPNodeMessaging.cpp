@@ -31,6 +31,13 @@ bool followsMaster(u8 a_state)
     return a_state == kPortStateSlave || a_state == kPortStateUncalibrated;
 }
 
+// The factory makes the class that the messageType names, so the cast is safe.
+template <typename tMessage>
+std::unique_ptr<tMessage> downcast(std::unique_ptr<tPTPMessage> a_pMessage)
+{
+    return std::unique_ptr<tMessage>(static_cast<tMessage*>(a_pMessage.release()));
+}
+
 // The sequenceId that the message sent last of a kind carried: the counter
 // has already moved on, and wraps from 0 back to 65,535.
 u16 lastSentSequenceId(const tPortDS& a_portDS, u32 a_kind)
@@ -42,21 +49,20 @@ u16 lastSentSequenceId(const tPortDS& a_portDS, u32 a_kind)
 
 // ---- reception ----
 
-void tPTPNode::handlePacketReceived(std::unique_ptr<tProtocolDataUnit> a_pOwnedPacket,
+void tPTPNode::handlePacketReceived(std::unique_ptr<tProtocolDataUnit> a_pPacket,
                                     tStatus& a_status)
 {
-    tProtocolDataUnit* a_pPacket = a_pOwnedPacket.release();
-    if (a_pPacket == nullptr)
+    // The packet goes when this returns.
+    const std::unique_ptr<tProtocolDataUnit> pPacket = std::move(a_pPacket);
+    if (pPacket == nullptr)
     {
         return;
     }
-    tPTPMessage* pMessage = tPTPMessageFactory::createMessage(*a_pPacket, a_status);
+    std::unique_ptr<tPTPMessage> pMessage = tPTPMessageFactory::createMessage(*pPacket, a_status);
     if (pMessage == nullptr || a_status.isFatal())
     {
         // A datagram that does not parse has no further effect.
         a_status.clear();
-        delete pMessage;
-        delete a_pPacket;
         return;
     }
     const tMessageHeader& header = *pMessage->getHeader();
@@ -64,51 +70,44 @@ void tPTPNode::handlePacketReceived(std::unique_ptr<tProtocolDataUnit> a_pOwnedP
     if (header.getSourcePortIdentity() == m_portDS.getPortIdentity() ||
         header.getDomainNumber() != m_defaultDS.getDomainNumber())
     {
-        delete pMessage;
-        delete a_pPacket;
         return;
     }
 
+    // Messages that are acted upon pass on; all others go with pMessage.
     const u8 state = currentState();
     switch (header.getMessageType())
     {
     case kMessageTypeSync:
         if (followsMaster(state))
         {
-            receiveSync(static_cast<tSyncMessage*>(pMessage), *a_pPacket, a_status);
-            pMessage = nullptr;
+            receiveSync(downcast<tSyncMessage>(std::move(pMessage)), *pPacket, a_status);
         }
         break;
     case kMessageTypeFollowUp:
         if (followsMaster(state))
         {
-            receiveFollowUp(static_cast<tFollowUpMessage*>(pMessage), a_status);
-            pMessage = nullptr;
+            receiveFollowUp(downcast<tFollowUpMessage>(std::move(pMessage)), a_status);
         }
         break;
     case kMessageTypeDelayReq:
         if (state == kPortStateMaster)
         {
-            sendDelayResp(*a_pPacket, *static_cast<tDelayReqMessage*>(pMessage), a_status);
+            sendDelayResp(*pPacket, static_cast<const tDelayReqMessage&>(*pMessage), a_status);
         }
         break;
     case kMessageTypeDelayResp:
         if (followsMaster(state))
         {
-            receiveDelayResp(static_cast<tDelayRespMessage*>(pMessage), a_status);
-            pMessage = nullptr;
+            receiveDelayResp(downcast<tDelayRespMessage>(std::move(pMessage)), a_status);
         }
         break;
     case kMessageTypeAnnounce:
-        receiveAnnounce(static_cast<tAnnounceMessage*>(pMessage), state, a_status);
-        pMessage = nullptr;
+        receiveAnnounce(downcast<tAnnounceMessage>(std::move(pMessage)), state, a_status);
         break;
     default:
         // Signaling, and management until this clock answers it.
         break;
     }
-    delete pMessage;
-    delete a_pPacket;
 }
 
 bool tPTPNode::isFromParentClock(const tPTPMessage& a_message) const
@@ -118,50 +117,45 @@ bool tPTPNode::isFromParentClock(const tPTPMessage& a_message) const
            m_parentDS.getParentPortIdentity().getClockIdentity();
 }
 
-void tPTPNode::receiveSync(tSyncMessage* a_pMessage, tProtocolDataUnit& a_rPacket,
+void tPTPNode::receiveSync(std::unique_ptr<tSyncMessage> a_pMessage, tProtocolDataUnit& a_rPacket,
                            tStatus& a_status)
 {
-    if (!isFromParentClock(*a_pMessage) ||
-        !m_pTimestampGenerator->getReceiveTimestamp(a_rPacket, m_syncReceiptTime, a_status))
+    if (isFromParentClock(*a_pMessage) &&
+        m_pTimestampGenerator->getReceiveTimestamp(a_rPacket, m_syncReceiptTime, a_status))
     {
-        delete a_pMessage;
-        return;
+        m_syncDelayExchange.handleSync(m_currentDS, m_pTimekeeper, std::move(a_pMessage),
+                                       m_syncReceiptTime, a_status);
     }
-    m_syncDelayExchange.handleSync(m_currentDS, m_pTimekeeper, a_pMessage, m_syncReceiptTime,
-                                   a_status);
 }
 
-void tPTPNode::receiveFollowUp(tFollowUpMessage* a_pMessage, tStatus& a_status)
+void tPTPNode::receiveFollowUp(std::unique_ptr<tFollowUpMessage> a_pMessage, tStatus& a_status)
 {
-    if (!isFromParentClock(*a_pMessage))
+    if (isFromParentClock(*a_pMessage))
     {
-        delete a_pMessage;
-        return;
+        m_syncDelayExchange.handleFollowUp(m_currentDS, m_pTimekeeper, std::move(a_pMessage),
+                                           a_status);
     }
-    m_syncDelayExchange.handleFollowUp(m_currentDS, m_pTimekeeper, a_pMessage, a_status);
 }
 
-void tPTPNode::receiveDelayResp(tDelayRespMessage* a_pMessage, tStatus& a_status)
+void tPTPNode::receiveDelayResp(std::unique_ptr<tDelayRespMessage> a_pMessage, tStatus& a_status)
 {
     const tMessageHeader& header = *a_pMessage->getHeader();
     if (!isFromParentClock(*a_pMessage) ||
         a_pMessage->getRequestingPortIdentity() != m_portDS.getPortIdentity())
     {
-        delete a_pMessage;
         return;
     }
     // The master tells its slaves how often they may ask; this is no change
     // of a property, so nobody is told.
     m_portDS.setLogMinDelayReqInterval(header.getLogMessageInterval(), a_status);
-    if (header.getSequenceId() != lastSentSequenceId(m_portDS, tPortDS::kDelayReqSequence))
+    if (header.getSequenceId() == lastSentSequenceId(m_portDS, tPortDS::kDelayReqSequence))
     {
-        delete a_pMessage;
-        return;
+        m_syncDelayExchange.handleDelayResp(m_pTimestampGenerator, std::move(a_pMessage), a_status);
     }
-    m_syncDelayExchange.handleDelayResp(m_pTimestampGenerator, a_pMessage, a_status);
 }
 
-void tPTPNode::receiveAnnounce(tAnnounceMessage* a_pMessage, u8 a_state, tStatus& a_status)
+void tPTPNode::receiveAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, u8 a_state,
+                               tStatus& a_status)
 {
     const tPortIdentity& sender = a_pMessage->getHeader()->getSourcePortIdentity();
     switch (a_state)
@@ -169,7 +163,6 @@ void tPTPNode::receiveAnnounce(tAnnounceMessage* a_pMessage, u8 a_state, tStatus
     case kPortStateInitializing:
     case kPortStateFaulty:
     case kPortStateDisabled:
-        delete a_pMessage;
         return;
     case kPortStateListening:
     case kPortStateMaster:
@@ -185,7 +178,7 @@ void tPTPNode::receiveAnnounce(tAnnounceMessage* a_pMessage, u8 a_state, tStatus
         if (fromParent && a_state == kPortStateSlave)
         {
             // A SLAVE takes over at once what its master announces.
-            applyStateDecision(kUpdateS1, a_pMessage, a_status);
+            applyStateDecision(kUpdateS1, a_pMessage.get(), a_status);
         }
         const tAnnounceMessage* pBest = getStateDecision(a_status).m_pMessage;
         const bool fromBest = pBest != nullptr && pBest->getHeader() != nullptr &&
@@ -199,15 +192,13 @@ void tPTPNode::receiveAnnounce(tAnnounceMessage* a_pMessage, u8 a_state, tStatus
     default:
         // Packets reach the node only while the clock runs.
         EXCEPTION("Unknown port state!\n");
-        delete a_pMessage;
         return;
     }
-    if (!a_pMessage->isQualified(m_defaultDS.getClockIdentity()))
+    if (a_pMessage->isQualified(m_defaultDS.getClockIdentity()))
     {
-        delete a_pMessage;
-        return;
+        storeForeignAnnounce(std::move(a_pMessage), *m_pForeignMasterDS, m_bmcOutput, *this,
+                             a_status);
     }
-    storeForeignAnnounce(a_pMessage, *m_pForeignMasterDS, m_bmcOutput, *this, a_status);
 }
 
 // ---- transmission ----
@@ -378,7 +369,7 @@ void tPTPNode::sendDelayReq(tStatus& a_status)
     }
     // The measurement keeps the packet: its transmit time is looked up by it
     // when the response arrives.
-    tProtocolDataUnit* pPacket = new (a_status) tProtocolDataUnit(a_status);
+    std::unique_ptr<tProtocolDataUnit> pPacket = makeOwned<tProtocolDataUnit>(a_status, a_status);
     if (pPacket == nullptr)
     {
         return;
@@ -390,7 +381,7 @@ void tPTPNode::sendDelayReq(tStatus& a_status)
     message.setOriginTimestamp(now, a_status);
     message.serialize(*pPacket, a_status);
     m_networkMaintainer.sendEvent(*pPacket, a_status);
-    m_syncDelayExchange.attachDelayRequest(pPacket, a_status);
+    m_syncDelayExchange.attachDelayRequest(std::move(pPacket), a_status);
 }
 
 void tPTPNode::sendDelayResp(tProtocolDataUnit& a_rRequestPacket,

@@ -8,9 +8,9 @@ using nOrvTarn000::tTrace;
 namespace nOrvPTP000
 {
 
-tSignalingMessage::tSignalingMessage(tMessageHeader* a_pHeader, iSerializableTarget& a_target,
-                                     tStatus& a_status)
-    : tPTPMessage(a_pHeader, a_status), m_targetPortIdentity(allPortsIdentity())
+tSignalingMessage::tSignalingMessage(std::unique_ptr<tMessageHeader> a_pHeader,
+                                     iSerializableTarget& a_target, tStatus& a_status)
+    : tPTPMessage(std::move(a_pHeader), a_status), m_targetPortIdentity(allPortsIdentity())
 {
     parseBodyAndSuffix(a_target, a_status);
 }

@@ -14,7 +14,7 @@ public:
         kBodyLength = tPortIdentity::kLength
     };
 
-    tSignalingMessage(tMessageHeader* a_pHeader, iSerializableTarget& a_target,
+    tSignalingMessage(std::unique_ptr<tMessageHeader> a_pHeader, iSerializableTarget& a_target,
                       nOrvTarn000::tStatus& a_status);
 
     const tPortIdentity& getTargetPortIdentity() const { return m_targetPortIdentity; }

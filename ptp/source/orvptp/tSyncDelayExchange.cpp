@@ -3,10 +3,6 @@
 #include "orvptp/iPTPTimekeeper.h"
 #include "orvptp/iPTPTimestampGenerator.h"
 #include "orvptp/tCurrentDS.h"
-#include "orvptp/tDelayRespMessage.h"
-#include "orvptp/tFollowUpMessage.h"
-#include "orvptp/tProtocolDataUnit.h"
-#include "orvptp/tSyncMessage.h"
 #include "orvtarn/protons/status/tAssertion.h"
 
 using nOrvTarn000::kStatusInvalidArgument;
@@ -17,28 +13,12 @@ namespace nOrvPTP000
 namespace
 {
 
-// Keeps a_pNew in place of what a_rpHeld held before, which is deleted.
-template <typename T>
-void replace(T*& a_rpHeld, T* a_pNew)
-{
-    if (a_rpHeld != a_pNew)
-    {
-        delete a_rpHeld;
-        a_rpHeld = a_pNew;
-    }
-}
-
 // Every message handed in must have a header to be looked at; one that does
-// not is a caller's fault. It is deleted and the fault reported.
-bool isWellFormed(tPTPMessage* a_pMessage, tStatus& a_status)
+// not is a caller's fault, reported here and then dropped.
+bool isWellFormed(const tPTPMessage* a_pMessage, tStatus& a_status)
 {
-    if (REQUIRE(a_pMessage != nullptr && a_pMessage->getHeader() != nullptr, kStatusInvalidArgument,
-                a_status))
-    {
-        return true;
-    }
-    delete a_pMessage;
-    return false;
+    return REQUIRE(a_pMessage != nullptr && a_pMessage->getHeader() != nullptr,
+                   kStatusInvalidArgument, a_status);
 }
 
 bool isTwoStep(const tPTPMessage& a_message)
@@ -53,19 +33,7 @@ bool isSaturated(const tTimeInterval& a_interval)
 
 } // namespace
 
-tSyncDelayExchange::tSyncDelayExchange()
-    : m_pSync(nullptr), m_pFollowUp(nullptr), m_pDelayResp(nullptr), m_pDelayRequestPacket(nullptr),
-      m_progress(0)
-{
-}
-
-tSyncDelayExchange::~tSyncDelayExchange()
-{
-    delete m_pSync;
-    delete m_pFollowUp;
-    delete m_pDelayResp;
-    delete m_pDelayRequestPacket;
-}
+tSyncDelayExchange::tSyncDelayExchange() : m_progress(0) {}
 
 void tSyncDelayExchange::reset(tStatus& a_status)
 {
@@ -76,26 +44,26 @@ void tSyncDelayExchange::reset(tStatus& a_status)
 }
 
 void tSyncDelayExchange::handleSync(tCurrentDS& a_rCurrentDS, iPTPTimekeeper* a_pTimekeeper,
-                                    tSyncMessage* a_pMessage, const tTimestamp& a_rReceiptTime,
-                                    tStatus& a_status)
+                                    std::unique_ptr<tSyncMessage> a_pMessage,
+                                    const tTimestamp& a_rReceiptTime, tStatus& a_status)
 {
-    if (!isWellFormed(a_pMessage, a_status))
+    if (!isWellFormed(a_pMessage.get(), a_status))
     {
         return;
     }
     // A newer Sync always wins: the Follow_Up of an older one can no longer
     // match, since the sequenceId is compared with the held Sync only.
-    replace(m_pSync, a_pMessage);
+    m_pSync = std::move(a_pMessage);
     m_progress |= kSyncHeld;
     m_syncReceiptTime = a_rReceiptTime;
-    if (isTwoStep(*a_pMessage))
+    if (isTwoStep(*m_pSync))
     {
         return;
     }
-    m_masterTime = a_pMessage->getOriginTimestamp();
+    m_masterTime = m_pSync->getOriginTimestamp();
     // The delay first, so that the offset of this round already uses it.
     completeDelay(a_rCurrentDS, a_status);
-    a_rCurrentDS.updateOffsetFromMaster(m_syncReceiptTime, *a_pMessage, a_status);
+    a_rCurrentDS.updateOffsetFromMaster(m_syncReceiptTime, *m_pSync, a_status);
     if (a_status.isNotFatal())
     {
         deliverSample(a_rCurrentDS, a_pTimekeeper, a_status);
@@ -104,27 +72,25 @@ void tSyncDelayExchange::handleSync(tCurrentDS& a_rCurrentDS, iPTPTimekeeper* a_
 }
 
 void tSyncDelayExchange::handleFollowUp(tCurrentDS& a_rCurrentDS, iPTPTimekeeper* a_pTimekeeper,
-                                        tFollowUpMessage* a_pMessage, tStatus& a_status)
+                                        std::unique_ptr<tFollowUpMessage> a_pMessage,
+                                        tStatus& a_status)
 {
-    if (isWellFormed(a_pMessage, a_status))
+    if (isWellFormed(a_pMessage.get(), a_status))
     {
         const bool isUsable =
             (m_progress & kSyncHeld) != 0 && m_pSync != nullptr && isTwoStep(*m_pSync) &&
             a_pMessage->getHeader()->getSequenceId() == m_pSync->getHeader()->getSequenceId();
         if (isUsable)
         {
-            replace(m_pFollowUp, a_pMessage);
-            m_masterTime = a_pMessage->getPreciseOriginTimestamp();
+            m_pFollowUp = std::move(a_pMessage);
+            m_masterTime = m_pFollowUp->getPreciseOriginTimestamp();
             completeDelay(a_rCurrentDS, a_status);
-            a_rCurrentDS.updateOffsetFromMaster(m_syncReceiptTime, *m_pSync, *a_pMessage, a_status);
+            a_rCurrentDS.updateOffsetFromMaster(m_syncReceiptTime, *m_pSync, *m_pFollowUp,
+                                                a_status);
             if (a_status.isNotFatal())
             {
                 deliverSample(a_rCurrentDS, a_pTimekeeper, a_status);
             }
-        }
-        else
-        {
-            delete a_pMessage;
         }
     }
     // A Follow_Up ends the round whether or not it fitted: after a stray one
@@ -133,16 +99,12 @@ void tSyncDelayExchange::handleFollowUp(tCurrentDS& a_rCurrentDS, iPTPTimekeeper
 }
 
 void tSyncDelayExchange::handleDelayResp(iPTPTimestampGenerator* a_pTimestampGenerator,
-                                         tDelayRespMessage* a_pMessage, tStatus& a_status)
+                                         std::unique_ptr<tDelayRespMessage> a_pMessage,
+                                         tStatus& a_status)
 {
-    if (!isWellFormed(a_pMessage, a_status))
-    {
-        return;
-    }
     // A response to a request from a round that has ended since is of no use.
-    if ((m_progress & kDelayRequestSent) == 0)
+    if (!isWellFormed(a_pMessage.get(), a_status) || (m_progress & kDelayRequestSent) == 0)
     {
-        delete a_pMessage;
         return;
     }
     tTimestamp sendTime;
@@ -153,27 +115,19 @@ void tSyncDelayExchange::handleDelayResp(iPTPTimestampGenerator* a_pTimestampGen
     {
         // T3 and T4 change together, so they always stem from one exchange.
         m_delayRequestSendTime = sendTime;
-        replace(m_pDelayResp, a_pMessage);
+        m_pDelayResp = std::move(a_pMessage);
         m_progress |= kDelayResponseMatched;
-    }
-    else
-    {
-        delete a_pMessage;
     }
 }
 
-void tSyncDelayExchange::attachDelayRequest(tProtocolDataUnit* a_pPacket, tStatus& a_status)
+void tSyncDelayExchange::attachDelayRequest(std::unique_ptr<tProtocolDataUnit> a_pPacket,
+                                            tStatus& a_status)
 {
-    if (a_status.isFatal())
-    {
-        delete a_pPacket;
-        return;
-    }
-    if (!REQUIRE(a_pPacket != nullptr, kStatusInvalidArgument, a_status))
+    if (a_status.isFatal() || !REQUIRE(a_pPacket != nullptr, kStatusInvalidArgument, a_status))
     {
         return;
     }
-    replace(m_pDelayRequestPacket, a_pPacket);
+    m_pDelayRequestPacket = std::move(a_pPacket);
     m_progress |= kDelayRequestSent;
 }
 

@@ -1,5 +1,10 @@
 #pragma once
-#include "orvptp/tTimestamp.h"
+#include "orvptp/tDelayRespMessage.h"
+#include "orvptp/tFollowUpMessage.h"
+#include "orvptp/tProtocolDataUnit.h"
+#include "orvptp/tSyncMessage.h"
+
+#include <memory>
 
 namespace nOrvPTP000
 {
@@ -7,10 +12,6 @@ namespace nOrvPTP000
 class iPTPTimekeeper;
 class iPTPTimestampGenerator;
 class tCurrentDS;
-class tDelayRespMessage;
-class tFollowUpMessage;
-class tProtocolDataUnit;
-class tSyncMessage;
 
 // Collects the messages and times of a slave's measurement rounds and decides
 // when offsetFromMaster and meanPathDelay of tCurrentDS are worked out.
@@ -21,17 +22,15 @@ class tSyncMessage;
 // recomputed only in a round in which a Sync is held, a Delay_Req was sent and
 // its Delay_Resp matched; otherwise the offset uses the delay already stored.
 //
-// Ownership: every message and packet handed in becomes the exchange's. What
-// it keeps replaces and deletes the one kept before; what it cannot use it
-// deletes at once; what it holds it deletes when it is destroyed. reset ends
-// the round but keeps the stored objects until they are replaced.
+// Every message and packet handed in becomes the exchange's. What it keeps
+// replaces the one kept before; what it cannot use it drops at once. reset
+// ends the round but keeps the stored objects until they are replaced.
 //
 // Not thread-safe: all calls come from the one thread that runs the node.
 class tSyncDelayExchange
 {
 public:
     tSyncDelayExchange();
-    ~tSyncDelayExchange();
 
     tSyncDelayExchange(const tSyncDelayExchange&) = delete;
     tSyncDelayExchange& operator=(const tSyncDelayExchange&) = delete;
@@ -44,24 +43,27 @@ public:
     // An accepted Sync, received at a_rReceiptTime. A one-step Sync finishes
     // the round at once; a two-step one waits for its Follow_Up.
     void handleSync(tCurrentDS& a_rCurrentDS, iPTPTimekeeper* a_pTimekeeper,
-                    tSyncMessage* a_pMessage, const tTimestamp& a_rReceiptTime,
+                    std::unique_ptr<tSyncMessage> a_pMessage, const tTimestamp& a_rReceiptTime,
                     nOrvTarn000::tStatus& a_status);
 
     // An accepted Follow_Up. It finishes the round when it carries the
-    // sequenceId of the held two-step Sync; any other one is deleted. Either
+    // sequenceId of the held two-step Sync; any other one is dropped. Either
     // way the round ends here.
     void handleFollowUp(tCurrentDS& a_rCurrentDS, iPTPTimekeeper* a_pTimekeeper,
-                        tFollowUpMessage* a_pMessage, nOrvTarn000::tStatus& a_status);
+                        std::unique_ptr<tFollowUpMessage> a_pMessage,
+                        nOrvTarn000::tStatus& a_status);
 
     // An accepted Delay_Resp to the last Delay_Req. It is kept only while that
     // Delay_Req is pending in this round and its transmit time is known.
     void handleDelayResp(iPTPTimestampGenerator* a_pTimestampGenerator,
-                         tDelayRespMessage* a_pMessage, nOrvTarn000::tStatus& a_status);
+                         std::unique_ptr<tDelayRespMessage> a_pMessage,
+                         nOrvTarn000::tStatus& a_status);
 
     // The packet of the Delay_Req just sent; its transmit time is looked up by
-    // it when the response arrives. A fatal status deletes the packet and
-    // changes nothing.
-    void attachDelayRequest(tProtocolDataUnit* a_pPacket, nOrvTarn000::tStatus& a_status);
+    // it when the response arrives. With a fatal status the packet is dropped
+    // and nothing changes.
+    void attachDelayRequest(std::unique_ptr<tProtocolDataUnit> a_pPacket,
+                            nOrvTarn000::tStatus& a_status);
 
 private:
     enum : u32
@@ -79,10 +81,10 @@ private:
     void deliverSample(const tCurrentDS& a_rCurrentDS, iPTPTimekeeper* a_pTimekeeper,
                        nOrvTarn000::tStatus& a_status);
 
-    tSyncMessage* m_pSync;
-    tFollowUpMessage* m_pFollowUp;
-    tDelayRespMessage* m_pDelayResp;
-    tProtocolDataUnit* m_pDelayRequestPacket;
+    std::unique_ptr<tSyncMessage> m_pSync;
+    std::unique_ptr<tFollowUpMessage> m_pFollowUp;
+    std::unique_ptr<tDelayRespMessage> m_pDelayResp;
+    std::unique_ptr<tProtocolDataUnit> m_pDelayRequestPacket;
     // T1: when the master sent the Sync.
     tTimestamp m_masterTime;
     // T2: when the Sync arrived here.

@@ -11,9 +11,9 @@ tSyncMessage::tSyncMessage(tStatus& a_status) : tTimestampMessage(a_status)
     prepareForSending(kMessageTypeSync, a_status);
 }
 
-tSyncMessage::tSyncMessage(tMessageHeader* a_pHeader, iSerializableTarget& a_target,
+tSyncMessage::tSyncMessage(std::unique_ptr<tMessageHeader> a_pHeader, iSerializableTarget& a_target,
                            tStatus& a_status)
-    : tTimestampMessage(a_pHeader, a_status)
+    : tTimestampMessage(std::move(a_pHeader), a_status)
 {
     parseBodyAndSuffix(a_target, a_status);
 }

@@ -10,7 +10,7 @@ class tSyncMessage : public tTimestampMessage
 {
 public:
     explicit tSyncMessage(nOrvTarn000::tStatus& a_status);
-    tSyncMessage(tMessageHeader* a_pHeader, iSerializableTarget& a_target,
+    tSyncMessage(std::unique_ptr<tMessageHeader> a_pHeader, iSerializableTarget& a_target,
                  nOrvTarn000::tStatus& a_status);
 
     const tTimestamp& getOriginTimestamp() const { return getBodyTimestamp(); }

@@ -1,6 +1,8 @@
 #pragma once
 #include "orvptp/iPTPSerializable.h"
 
+#include <memory>
+
 namespace nOrvPTP000
 {
 
@@ -48,8 +50,8 @@ public:
     virtual void deserializeValue(iSerializableTarget& a_target,
                                   nOrvTarn000::tStatus& a_status) = 0;
     virtual void serializeValue(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) = 0;
-    // A deep copy that the caller owns; null when the status is or becomes fatal.
-    virtual tTLV* clone(nOrvTarn000::tStatus& a_status) const = 0;
+    // A deep copy; null when the status is or becomes fatal.
+    [[nodiscard]] virtual std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const = 0;
 
 private:
     u16 m_tlvType;

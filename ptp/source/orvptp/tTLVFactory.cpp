@@ -8,7 +8,7 @@ using nOrvTarn000::tStatus;
 namespace nOrvPTP000
 {
 
-tTLV* tTLVFactory::createTLV(iSerializableTarget& a_target, tStatus& a_status)
+std::unique_ptr<tTLV> tTLVFactory::createTLV(iSerializableTarget& a_target, tStatus& a_status)
 {
     if (a_status.isFatal())
     {
@@ -24,7 +24,7 @@ tTLV* tTLVFactory::createTLV(iSerializableTarget& a_target, tStatus& a_status)
     // The one place where a tlvType chooses its class. The management family
     // (kTlvTypeManagement, kTlvTypeManagementErrorStatus) belongs here too;
     // until its classes exist, its TLVs are skipped like any unknown type.
-    tTLV* pTLV = nullptr;
+    std::unique_ptr<tTLV> pTLV;
     switch (tlvType)
     {
     case kTlvTypeOrganizationExtension:
@@ -37,7 +37,6 @@ tTLV* tTLVFactory::createTLV(iSerializableTarget& a_target, tStatus& a_status)
 
     if (a_status.isFatal())
     {
-        delete pTLV;
         return nullptr;
     }
     return pTLV;

@@ -8,12 +8,12 @@ namespace nOrvPTP000
 class tTLVFactory
 {
 public:
-    // Reads one TLV from the read position of a_target and returns it; the
-    // caller owns it. An unrecognised tlvType is skipped by its lengthField
-    // (as far as the data reaches) and refused with kStatusInvalidArgument; a
-    // TLV cut short by the end of the data gives kStatusOutOfBounds. On every
-    // failure the result is null and nothing is left allocated.
-    static tTLV* createTLV(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status);
+    // Reads one TLV from the read position of a_target and returns it. An unrecognised tlvType is
+    // skipped by its lengthField (as far as the data reaches) and refused with
+    // kStatusInvalidArgument; a TLV cut short by the end of the data gives kStatusOutOfBounds. On
+    // every failure the result is null and nothing is left allocated.
+    [[nodiscard]] static std::unique_ptr<tTLV> createTLV(iSerializableTarget& a_target,
+                                                         nOrvTarn000::tStatus& a_status);
 
 private:
     // Reads the lengthField and drops the value behind it.

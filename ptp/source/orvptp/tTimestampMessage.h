@@ -21,8 +21,8 @@ public:
 
 protected:
     explicit tTimestampMessage(nOrvTarn000::tStatus& a_status) : tPTPMessage(a_status) {}
-    tTimestampMessage(tMessageHeader* a_pHeader, nOrvTarn000::tStatus& a_status)
-        : tPTPMessage(a_pHeader, a_status)
+    tTimestampMessage(std::unique_ptr<tMessageHeader> a_pHeader, nOrvTarn000::tStatus& a_status)
+        : tPTPMessage(std::move(a_pHeader), a_status)
     {
     }
 

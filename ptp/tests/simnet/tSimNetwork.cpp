@@ -555,6 +555,10 @@ void tSimNetwork::receive(u32 a_id, tProtocolDataUnit& a_rPdu, tStatus& a_status
             e.m_receiving = !tryReceiveLocked(e, a_rPdu, deadline, a_status);
             if (!e.m_receiving)
             {
+                // A wake that came after the one taken is spent with the
+                // receive: the thread may end, and leave no signal behind.
+                tStatus resetStatus;
+                m_clock.reset(*e.m_pArrival, resetStatus);
                 return;
             }
             pArrival = e.m_pArrival.get();

@@ -50,4 +50,11 @@ std::unique_ptr<T> makeOwned(tStatus& a_status, tArgs&&... a_args)
     return std::unique_ptr<T>(new (a_status) T(std::forward<tArgs>(a_args)...));
 }
 
+// a_count default-constructed Ts, owned by the caller, on the same terms.
+template <typename T>
+std::unique_ptr<T[]> makeOwnedArray(tStatus& a_status, u32 a_count)
+{
+    return std::unique_ptr<T[]>(new (a_status) T[a_count]);
+}
+
 } // namespace nOrvTarn000

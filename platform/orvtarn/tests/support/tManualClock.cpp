@@ -1,6 +1,7 @@
 #include "tManualClock.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace nOrvTarn000
 {
@@ -72,8 +73,8 @@ bool tManualClock::waitLocked(std::unique_lock<std::mutex>& a_rLock, tEvent& a_r
         return false;
     }
     tEventState& state = stateOf(a_rEvent);
-    state.m_waitedOn = true;
-    tWaiter waiter{&state, a_deadline};
+    state.m_owner = std::this_thread::get_id();
+    tWaiter waiter{&state, a_deadline, state.m_owner};
     bool registered = false;
     for (;;)
     {
@@ -167,10 +168,12 @@ bool tManualClock::isQuiet() const
             return false;
         }
     }
-    // A signal for a thread that has not come to its first wait yet.
+    // A signal that no waiter has seen is work unless its thread is held
+    // elsewhere.
     for (const auto& entry : m_events)
     {
-        if (entry.second.m_signalled && !entry.second.m_waitedOn)
+        const tEventState& state = entry.second;
+        if (state.m_signalled && !isWaiting(state.m_owner))
         {
             return false;
         }
@@ -178,10 +181,38 @@ bool tManualClock::isQuiet() const
     return true;
 }
 
+bool tManualClock::isWaiting(std::thread::id a_thread) const
+{
+    for (const tWaiter* pWaiter : m_waiters)
+    {
+        if (pWaiter->m_thread == a_thread)
+        {
+            return true;
+        }
+    }
+    return false;
+}
+
 bool tManualClock::settle(std::chrono::milliseconds a_realBound)
 {
     std::unique_lock<std::mutex> lock(m_mutex);
-    return m_changed.wait_for(lock, a_realBound, [this] { return isQuiet(); });
+    if (m_changed.wait_for(lock, a_realBound, [this] { return isQuiet(); }))
+    {
+        return true;
+    }
+    // What keeps the clock from settling, for the failing test's log.
+    std::fprintf(stderr, "manual clock at %llu ns did not settle: %u running, %zu waiting\n",
+                 static_cast<unsigned long long>(m_now), m_running, m_waiters.size());
+    for (const auto& entry : m_events)
+    {
+        if (entry.second.m_signalled)
+        {
+            std::fprintf(stderr, "  event %p signalled, its last waiter %s\n",
+                         static_cast<const void*>(entry.first),
+                         isWaiting(entry.second.m_owner) ? "waits elsewhere" : "does not wait");
+        }
+    }
+    return false;
 }
 
 u64 tManualClock::getNextDeadline()

@@ -9,9 +9,10 @@
 //
 // A thread has work while it runs after the clock let it go (by a signal or a
 // deadline), and while it waits on an event that is signalled or whose
-// deadline has come. The clock sees a thread from its first wait on: work for
-// a thread that has not waited yet is seen only if it comes with a signal of
-// an event that nobody has waited on yet.
+// deadline has come. A signalled event that nobody waits on is work too,
+// unless the thread that last waited on it is held in a wait on another
+// event: a thread that has not come to its first wait yet, or that took the
+// place of one that ended, will take the signal.
 #include "orvtarn/protons/timer/iClock.h"
 #include "orvtarn/quarks/tEvent.h"
 
@@ -20,6 +21,7 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 namespace nOrvTarn000
@@ -69,12 +71,14 @@ private:
     {
         bool m_signalled = false;
         bool m_autoReset = true;
-        bool m_waitedOn = false;
+        // The thread that waited on it last; none before the first wait.
+        std::thread::id m_owner;
     };
     struct tWaiter
     {
         const tEventState* m_pState;
         u64 m_deadline;
+        std::thread::id m_thread;
     };
 
     friend struct tRunningMark;
@@ -82,6 +86,7 @@ private:
                     tStatus& a_status);
     tEventState& stateOf(tEvent& a_rEvent);
     bool isQuiet() const;
+    bool isWaiting(std::thread::id a_thread) const;
     void markRunning();
     void markBlocked();
     void threadEnded();
