@@ -5,6 +5,7 @@
 #include "tClientUdpNetworkInterface.h"
 #include "tNetworkDevices.h"
 #include "tPluginTestSupport.h"
+#include "tTimeConversion.h"
 #include "tTimestampGenerator.h"
 
 #include <gtest/gtest.h>
@@ -70,6 +71,12 @@ u32 parseAddress(const std::string& a_text)
     return address.s_addr;
 }
 
+bool within(const tTimestamp& a_first, const tTimestamp& a_time, const tTimestamp& a_last)
+{
+    return toTimeValue(a_first) <= toTimeValue(a_time) &&
+           toTimeValue(a_time) <= toTimeValue(a_last);
+}
+
 u16 sequenceOf(const std::vector<u8>& a_bytes)
 {
     return a_bytes.size() < 32 ? 0 : static_cast<u16>((a_bytes[30] << 8) | a_bytes[31]);
@@ -122,16 +129,56 @@ private:
 };
 
 // One end of the link: the network layer with its own clock and timestamps.
+// Its clock counts its readings, or, a_onSystemClock, is the system clock
+// 1000 s ahead: then its times compare with the other end's and with the
+// times of the test.
 struct tEnd
 {
-    tEnd(const u8* a_pMac)
-        : m_generator(m_status), m_messaging(&m_generator, &m_clock, a_pMac, kTtl)
+    explicit tEnd(const u8* a_pMac, bool a_onSystemClock = false)
+        : m_generator(m_status), m_systemClock(1000000000000),
+          m_messaging(&m_generator, a_onSystemClock ? &m_systemClock : &m_clock, a_pMac, kTtl)
     {
     }
     tStatus m_status;
     tTimestampGenerator m_generator;
     tCountingTimekeeper m_clock;
+    tSystemTimekeeper m_systemClock;
     tClientUdpNetworkInterface m_messaging;
+};
+
+// For the object's scope, a device of this namespace sends the datagrams to
+// one UDP port through a token bucket of 100 bytes filled at 10 kbit/s, with
+// room for 100 bytes: the first datagram of 44 bytes (86 on the wire) passes,
+// the second waits some 60 ms for tokens, the third finds no room and is
+// dropped. Other traffic (membership reports) passes beside it.
+class tQueueDiscipline
+{
+public:
+    tQueueDiscipline(const std::string& a_device, u16 a_port) : m_device(a_device)
+    {
+        const std::string tc = "tc -batch - <<'end'\n";
+        const std::string on = " dev " + a_device + " parent 1:";
+        m_installed =
+            std::system((tc + "qdisc add dev " + a_device + " root handle 1: htb default 1\n" +
+                         "class add" + on + " classid 1:1 htb rate 1gbit\n" + "class add" + on +
+                         " classid 1:2 htb rate 1gbit\n" + "qdisc add" + on +
+                         "2 tbf rate 10kbit burst 100 limit 100\n" + "filter add" + on +
+                         " protocol ip u32 match ip dport " + std::to_string(a_port) +
+                         " 0xffff flowid 1:2\nend")
+                            .c_str()) == 0;
+    }
+    ~tQueueDiscipline()
+    {
+        if (m_installed && std::system(("tc qdisc del dev " + m_device + " root").c_str()) != 0)
+        {
+            ADD_FAILURE() << "the queueing discipline on " << m_device << " stays";
+        }
+    }
+    bool installed() const { return m_installed; }
+
+private:
+    std::string m_device;
+    bool m_installed;
 };
 
 // A plain socket of the test, beside the network layer in the first
@@ -260,12 +307,14 @@ protected:
         ASSERT_TRUE(status.isNotFatal()) << status.getCode();
     }
 
-    void openPeer()
+    void openPeer() { openInPeerNamespace(*m_pPeer); }
+
+    void openInPeerNamespace(tEnd& a_rEnd)
     {
         tNamespaceVisit visit(m_peerNamespace);
         ASSERT_TRUE(visit.entered()) << "cannot enter " << m_peerNamespace;
         tStatus status;
-        m_pPeer->m_messaging.open(status);
+        a_rEnd.m_messaging.open(status);
         ASSERT_TRUE(status.isNotFatal()) << status.getCode();
     }
 
@@ -401,6 +450,9 @@ TEST_F(NetnsMessagingTest, DeviceWithoutAddressFailsOpenAndSharedAddressPrefersO
 
 TEST_F(NetnsMessagingTest, PeerMessagesArriveOnBothPortsAndOnlyEventsAreTimestamped)
 {
+    // The peer's send time below is the rule of the readings around the send.
+    m_pPeer->m_messaging.setTimestamping(tClientUdpNetworkInterface::kTimestampingUser);
+    openPeer();
     const std::vector<u8> sync = makeMessage(kSync, 11, 0);
     const std::vector<u8> followUp = makeMessage(kFollowUp, 11, 2, 76);
     send(*m_pPeer, sync, true);
@@ -664,4 +716,86 @@ TEST_F(NetnsMessagingTest, GroupDatagramsOfAnotherDeviceDoNotArrive)
     tProtocolDataUnit pdu(status);
     ASSERT_EQ(0, receive(*m_pLocal, pdu));
     EXPECT_EQ(92, sequenceOf(bytesOf(pdu))) << "only the PTP device's datagrams arrive";
+}
+
+TEST_F(NetnsMessagingTest, KernelStampsBelongToTheirOwnMessageAndALateOrLostOneLeavesTheReading)
+{
+    tEnd local(m_localMac, true);
+    tEnd peer(m_peerMac, true);
+    local.m_messaging.setTimestamping(tClientUdpNetworkInterface::kTimestampingKernel);
+    peer.m_messaging.setTimestamping(tClientUdpNetworkInterface::kTimestampingKernel);
+    tStatus status;
+    local.m_messaging.open(status);
+    ASSERT_TRUE(status.isNotFatal()) << "a veth device offers the kernel's stamps";
+    openInPeerNamespace(peer);
+
+    // Each event message with the local clock's readings before and after its send.
+    struct tSent
+    {
+        std::vector<u8> m_bytes;
+        tTimestamp m_before;
+        tTimestamp m_after;
+    };
+    std::vector<tSent> sent;
+    const auto sendTimed = [&](u8 a_type, u16 a_sequenceId, u8 a_control)
+    {
+        tSent one = {makeMessage(a_type, a_sequenceId, a_control), tTimestamp(), tTimestamp()};
+        local.m_systemClock.getTime(one.m_before, status);
+        send(local, one.m_bytes, true);
+        local.m_systemClock.getTime(one.m_after, status);
+        sent.push_back(one);
+    };
+
+    // Sync and Delay_Req of one sequenceId, interleaved; the peer stamps each
+    // one's arrival after its send began.
+    for (u16 sequenceId = 200; sequenceId < 203; ++sequenceId)
+    {
+        sendTimed(kSync, sequenceId, 0);
+        sendTimed(kDelayReq, sequenceId, 1);
+    }
+    for (const tSent& one : sent)
+    {
+        tProtocolDataUnit pdu(status);
+        ASSERT_EQ(0, receive(peer, pdu));
+        tTimestamp arrived;
+        tTimestamp now;
+        peer.m_systemClock.getTime(now, status);
+        ASSERT_TRUE(peer.m_generator.getReceiveTimestamp(pdu, arrived, status));
+        EXPECT_EQ(one.m_bytes, bytesOf(pdu));
+        EXPECT_TRUE(within(one.m_before, arrived, now));
+    }
+    EXPECT_EQ(6u, peer.m_messaging.getTimestampCounts().m_kernelReceive);
+
+    {
+        // The first datagram passes, the second is held back beyond the wait,
+        // the third is dropped.
+        tQueueDiscipline slow(m_device, tClientUdpNetworkInterface::kEventPort);
+        if (!slow.installed())
+        {
+            GTEST_SKIP() << "tc cannot put a token bucket on " << m_device;
+        }
+        sendTimed(kSync, 210, 0);
+        sendTimed(kDelayReq, 211, 1);
+        sendTimed(kSync, 212, 0);
+        // Once the peer has the held datagram, its late stamp waits on our
+        // socket, ahead of the next one's.
+        receiveSequence(peer, 211);
+    }
+    sendTimed(kDelayReq, 213, 1);
+    const tClientUdpNetworkInterface::tTimestampCounts counts =
+        local.m_messaging.getTimestampCounts();
+    EXPECT_EQ(8u, counts.m_kernelTransmit);
+    EXPECT_EQ(2u, counts.m_userTransmit) << "the held and the dropped datagram";
+
+    // Every transmit time lies within its own send: a stamp of another
+    // message, or one left in the system clock's time, would not.
+    for (const tSent& one : sent)
+    {
+        tProtocolDataUnit pdu(status);
+        fill(pdu, one.m_bytes);
+        tTimestamp time;
+        ASSERT_TRUE(local.m_generator.getTransmitTimestamp(pdu, time, status));
+        EXPECT_TRUE(within(one.m_before, time, one.m_after))
+            << "sequence " << sequenceOf(one.m_bytes) << " control " << int(one.m_bytes[32]);
+    }
 }
