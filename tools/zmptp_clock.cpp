@@ -13,6 +13,10 @@
 //           mean_delay_ns=<ns> all_samples=<n>  at the end
 //   send_window samples=<n> p50_ns=<ns> p99_ns=<ns> max_ns=<ns>
 //                                              at the end, when asked for
+//   stamp_age receive_p50_ns=<ns> receive_p99_ns=<ns> transmit_p50_ns=<ns>
+//             transmit_p99_ns=<ns>             at the end, when asked for
+//   timestamps kernel_receive=<n> user_receive=<n> kernel_transmit=<n>
+//              user_transmit=<n>               at the end
 // The summary covers the samples from the first one with a measured path
 // delay on. With --clock-offset-ns the offsets include that offset.
 //
@@ -86,6 +90,8 @@ struct tOptions
     bool m_quietOffsets = false;
     double m_durationSeconds = 0.0;
     long long m_clockOffsetNs = 0;
+    tClientUdpNetworkInterface::tTimestamping m_timestamping =
+        tClientUdpNetworkInterface::kTimestampingAutomatic;
 };
 
 void printUsage(FILE* a_pFile)
@@ -108,7 +114,11 @@ void printUsage(FILE* a_pFile)
                  "  --report-send-window          print the send window percentiles at the end\n"
                  "  --quiet-offsets               no line per Sync, only the summary\n"
                  "  --clock-offset-ns N           read the system clock plus N ns, as a clock\n"
-                 "                                that is off by N would (0)\n");
+                 "                                that is off by N would (0)\n"
+                 "  --timestamps kernel|user      event message times from the kernel's stamps\n"
+                 "                                (open fails without them) or from readings\n"
+                 "                                around the socket calls (the kernel's where\n"
+                 "                                offered, readings otherwise)\n");
 }
 
 bool parseInteger(const char* a_pText, int a_min, int a_max, int& a_rValue)
@@ -200,6 +210,14 @@ bool parseOptions(int a_argc, char** a_argv, tOptions& a_rOptions)
         else if (option == "--quiet-offsets")
         {
             a_rOptions.m_quietOffsets = true;
+        }
+        else if (option == "--timestamps" && pValue != nullptr &&
+                 (std::strcmp(pValue, "kernel") == 0 || std::strcmp(pValue, "user") == 0))
+        {
+            ++i;
+            a_rOptions.m_timestamping = std::strcmp(pValue, "kernel") == 0
+                                            ? tClientUdpNetworkInterface::kTimestampingKernel
+                                            : tClientUdpNetworkInterface::kTimestampingUser;
         }
         else if ((option == "--interface" || option == "--mac" || option == "--name" ||
                   option == "--duration" || option == "--clock-offset-ns") &&
@@ -458,10 +476,19 @@ thread_local i64 tSystemClockTimekeeper::s_previousReading = 0;
 // is the later reading plus half the window, and it records it right after
 // the second reading, on the same thread; a window is counted only when the
 // recorded time agrees with the thread's last two readings.
+//
+// It measures the stamps' age as well: how long after the time it records a
+// stamp reaches the generator. With the kernel's stamps that is the time the
+// datagram took from the wire to this thread (the wake-up of the receiving
+// thread, the rest of the send call), which readings in user space would have
+// added to the measurement.
 class tSendWindowProbe : public nOrvPTP000::iPTPTimestampGenerator
 {
 public:
-    explicit tSendWindowProbe(tTimestampGenerator& a_rGenerator) : m_rGenerator(a_rGenerator) {}
+    tSendWindowProbe(tTimestampGenerator& a_rGenerator, nOrvPTP000::iPTPTimekeeper& a_rClock)
+        : m_rGenerator(a_rGenerator), m_rClock(a_rClock)
+    {
+    }
 
     bool getReceiveTimestamp(tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime,
                              tStatus& a_status) override
@@ -476,6 +503,7 @@ public:
     void recordReceiveTimestamp(tProtocolDataUnit& a_rPdu, const tTimestamp& a_rTime,
                                 tStatus& a_status) override
     {
+        addAge(m_receiveAges, a_rTime);
         m_rGenerator.recordReceiveTimestamp(a_rPdu, a_rTime, a_status);
     }
     void recordTransmitTimestamp(tProtocolDataUnit& a_rPdu, const tTimestamp& a_rTime,
@@ -490,6 +518,7 @@ public:
             std::lock_guard<std::mutex> lock(m_mutex);
             m_windows.push_back(window);
         }
+        addAge(m_transmitAges, a_rTime);
         m_rGenerator.recordTransmitTimestamp(a_rPdu, a_rTime, a_status);
     }
 
@@ -500,12 +529,28 @@ public:
                        " max_ns=%" PRId64,
                        m_windows.size(), percentile(m_windows, 0.5), percentile(m_windows, 0.99),
                        percentile(m_windows, 1.0));
+        a_rOutput.line("stamp_age receive_p50_ns=%" PRId64 " receive_p99_ns=%" PRId64
+                       " transmit_p50_ns=%" PRId64 " transmit_p99_ns=%" PRId64,
+                       percentile(m_receiveAges, 0.5), percentile(m_receiveAges, 0.99),
+                       percentile(m_transmitAges, 0.5), percentile(m_transmitAges, 0.99));
     }
 
 private:
+    void addAge(std::vector<i64>& a_rAges, const tTimestamp& a_rTime)
+    {
+        tStatus status;
+        tTimestamp now;
+        m_rClock.getTime(now, status);
+        std::lock_guard<std::mutex> lock(m_mutex);
+        a_rAges.push_back(toNanoseconds(now) - toNanoseconds(a_rTime));
+    }
+
     tTimestampGenerator& m_rGenerator;
+    nOrvPTP000::iPTPTimekeeper& m_rClock;
     std::mutex m_mutex;
     std::vector<i64> m_windows;
+    std::vector<i64> m_receiveAges;
+    std::vector<i64> m_transmitAges;
 };
 
 class tClockDriver;
@@ -737,8 +782,9 @@ int main(int a_argc, char** a_argv)
     tSystemClockTimekeeper timekeeper(output, options.m_clockOffsetNs);
     timekeeper.setQuiet(options.m_quietOffsets);
     tTimestampGenerator timestampGenerator(status);
-    tSendWindowProbe probe(timestampGenerator);
+    tSendWindowProbe probe(timestampGenerator, timekeeper);
     tClientUdpNetworkInterface messaging(&probe, &timekeeper, mac, static_cast<u8>(options.m_ttl));
+    messaging.setTimestamping(options.m_timestamping);
     tClockDriver driver(options, output);
     tPTPNode* pNode = new (status) tPTPNode(&messaging, &probe, &timekeeper, identity, status);
     if (pNode == nullptr || status.isFatal())
@@ -786,5 +832,10 @@ int main(int a_argc, char** a_argv)
     {
         probe.printReport(output);
     }
+    const tClientUdpNetworkInterface::tTimestampCounts counts = messaging.getTimestampCounts();
+    output.line("timestamps kernel_receive=%" PRIu64 " user_receive=%" PRIu64
+                " kernel_transmit=%" PRIu64 " user_transmit=%" PRIu64,
+                counts.m_kernelReceive, counts.m_userReceive, counts.m_kernelTransmit,
+                counts.m_userTransmit);
     return result;
 }
