@@ -48,21 +48,17 @@ private:
     std::atomic<u64> m_readings{0};
 };
 
-// The system's UTC clock (the clock of the kernel's timestamps) moved by a
-// fixed offset, as a timekeeper that runs apart from the system clock would be.
+// The system's UTC clock, which the kernel stamps in, moved by an offset.
 class tSystemTimekeeper : public tCountingTimekeeper
 {
 public:
-    explicit tSystemTimekeeper(i64 a_offsetNs = 0) : m_offsetNs(a_offsetNs) {}
-    void getTime(nOrvPTP000::tTimestamp& a_rTime, nOrvTarn000::tStatus& a_status) override
+    explicit tSystemTimekeeper(i64 a_offsetNs) : m_offsetNs(a_offsetNs) {}
+    void getTime(nOrvPTP000::tTimestamp& a_rTime, nOrvTarn000::tStatus&) override
     {
         timespec now;
-        if (a_status.isNotFatal() && clock_gettime(CLOCK_REALTIME, &now) == 0)
-        {
-            const i64 reading = now.tv_sec * i64(1000000000) + now.tv_nsec + m_offsetNs;
-            a_rTime = nOrvPTP000::tTimestamp(static_cast<u64>(reading / 1000000000),
-                                             static_cast<u32>(reading % 1000000000));
-        }
+        clock_gettime(CLOCK_REALTIME, &now);
+        const i64 reading = now.tv_sec * i64(1000000000) + now.tv_nsec + m_offsetNs;
+        a_rTime = nOrvPTP000::tTimestamp(reading / 1000000000, reading % 1000000000);
     }
 
 private:
