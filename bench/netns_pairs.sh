@@ -1,12 +1,20 @@
 #!/usr/bin/env bash
 # Pairs of clocks over a veth pair between two network namespaces, each for
-# the same time: ours with ours, ptp4l as master of ours, ours as master of
-# ptp4l, and ptp4l with ptp4l. All read the same system clock, so the slave's
-# offset is the error of the measurement. Prints one table: per pair the
-# slave's samples, median and 95th percentile of |offset|, its mean path
-# delay, the CPU time and peak RSS of each process, and, for our clocks, the
-# send window (the time between the two clock readings around the send call
-# of an event message) at the 50th and 99th percentiles.
+# the same time: ours with ours (with the kernel's timestamps, then with
+# readings in user space), ptp4l as master of ours, ours as master of ptp4l,
+# ptp4l with ptp4l, ptpd as master of ours and ours as master of ptpd. All
+# read the same system clock, so the slave's offset is the error of the
+# measurement. Prints one table: per pair the slave's samples, median and 95th
+# percentile of |offset|, its mean path delay and how many of its path delays
+# were 0 (a negative one is stored as 0), the CPU time and peak RSS of each
+# process, for our clocks the send window (the time between the two clock
+# readings around the send call of an event message) at the 50th and 99th
+# percentiles, and for our slave the age of its receive stamps (p50/p99: how
+# long after the stamp the receiving thread had the datagram).
+#   netns_pairs.sh <zmptp_clock> [seconds per pair, default 20]
+# Needs root (exit 77 otherwise), linuxptp and ptpd; CPU and RSS need GNU
+# time. Neither ptp4l nor ptpd ever steers the clock here (see
+# tests/netns/clock_common.sh; ptpd runs the same way, and with -n).
 # Then the servo on the wire, for longer: ptp4l as master of ours steering a
 # software clock (zmptp_clock --steer) that starts 20 ms ahead and 50 ppm
 # fast. Its row in the table holds the offsets that it measures (from 20 ms
@@ -14,10 +22,7 @@
 # samples and time until synchronized and until |true error| < 10 us (each
 # for good), and |true error| over the second half of the run, next to the
 # measurement noise of the unsteered pairs of the same run.
-#   netns_pairs.sh <zmptp_clock> [seconds per pair, default 20]
 #                  [seconds of the servo run, default 90]
-# Needs root (exit 77 otherwise) and linuxptp; CPU and RSS need GNU time.
-# ptp4l never steers the clock here (see tests/netns/clock_common.sh).
 set -uo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 netns_dir="${here}/../tests/netns"
@@ -28,6 +33,10 @@ servo_seconds=${3:-90}
 source "${netns_dir}/clock_common.sh"
 netns_require_root
 ptp4l_require
+if ! command -v ptpd >/dev/null 2>&1; then
+  echo "FAIL: ptpd is needed; run scripts/setup" >&2
+  exit 1
+fi
 
 timer=/usr/bin/time
 if ! [ -x "${timer}" ]; then
@@ -69,6 +78,39 @@ run_ptp4l() {
     -f "${work}/${name}.cfg" >"${work}/${name}.log" 2>&1
 }
 
+# ptpd for <seconds>, ended by SIGINT: <i> <seconds> <name> master|slave.
+# Its statistics file has a line per received message; the slave's Sync
+# lines carry its offset and path delay, in seconds.
+run_ptpd() {
+  local index=$1 duration=$2 name=$3 role=$4
+  local -a options=(-M --ptpengine:priority1=10)
+  [ "${role}" = slave ] && options=(-s)
+  measured "${index}" $((duration + 10)) "${work}/${name}.time" \
+    setpriv --bounding-set=-sys_time --inh-caps=-sys_time -- \
+    timeout -s INT "${duration}" ptpd -C -L -n -i "${NETNS_DEVICE}" "${options[@]}" \
+    --ptpengine:log_announce_interval=-2 --ptpengine:log_sync_interval=-3 \
+    --ptpengine:log_delayreq_interval=-3 --ptpengine:log_delayreq_interval_initial=-3 \
+    --global:lock_directory="${work}" -S "${work}/${name}.stats" \
+    >"${work}/${name}.log" 2>&1
+}
+
+# "<offset ns> <delay ns>" of each Sync of a ptpd slave, from the first one
+# with a measured path delay on.
+ptpd_samples() {
+  awk -F', *' '$2 == "slv" && $9 == "S" {
+                 if ($4 != 0) measured = 1
+                 if (measured) printf "%.0f %.0f\n", $5 * 1e9, $4 * 1e9 }' "${work}/$1.stats"
+}
+
+# "<p50>/<p99>" of our slave's receive stamp age, in microseconds, or "-".
+age_of() {
+  awk '/^stamp_age / {
+         for (i = 2; i <= NF; i++) { split($i, kv, "="); v[kv[1]] = kv[2] }
+         printf "%.1f/%.1f", v["receive_p50_ns"] / 1000, v["receive_p99_ns"] / 1000
+         found = 1 }
+       END { if (!found) printf "-" }' "${work}/$1.log"
+}
+
 # "<cpu s> <RSS MiB>" of a run, or "- -".
 usage_of() {
   local file="${work}/$1.time"
@@ -90,8 +132,9 @@ window_of() {
 }
 
 rows=()
-# One pair: <label> <master kind> <slave kind> [seconds], kinds "ours",
-# "ptp4l" or, for a slave, "steered".
+# One pair: <label> <master kind> <slave kind> [seconds], kinds "ours" (the
+# kernel's timestamps), "ours-user" (readings in user space), "ptp4l", "ptpd"
+# or, for a slave, "steered".
 pair() {
   local label=$1 master_kind=$2 slave_kind=$3 seconds=${4:-${seconds}} tag
   tag=${label//[^a-z0-9]/_}
@@ -100,55 +143,78 @@ pair() {
     exit 1
   }
   # The master outlives the slave by a second, so the slave never sees it go.
-  if [ "${master_kind}" = ours ]; then
-    run_ours 1 $((seconds + 1)) "${tag}_master" --priority1 100 &
-  else
-    run_ptp4l 1 $((seconds + 1)) "${tag}_master" "${PTP4L_MASTER[@]}" &
-  fi
-  if [ "${slave_kind}" = ours ]; then
-    run_ours 2 "${seconds}" "${tag}_slave" --priority1 200 &
-  elif [ "${slave_kind}" = steered ]; then
-    # Slave-only, as in tests/netns/clock_servo_test.sh: never master first.
-    run_ours 2 "${seconds}" "${tag}_slave" --slave-only --steer --clock-offset-ns 20000000 \
-      --clock-ppm 50 &
-  else
-    run_ptp4l 2 "${seconds}" "${tag}_slave" "${PTP4L_SLAVE[@]}" &
-  fi
+  local -a timestamps=(--timestamps kernel)
+  case "${master_kind}" in
+    ours | ours-user)
+      [ "${master_kind}" = ours-user ] && timestamps=(--timestamps user)
+      run_ours 1 $((seconds + 1)) "${tag}_master" --priority1 100 "${timestamps[@]}" &
+      ;;
+    ptpd) run_ptpd 1 $((seconds + 1)) "${tag}_master" master & ;;
+    *) run_ptp4l 1 $((seconds + 1)) "${tag}_master" "${PTP4L_MASTER[@]}" & ;;
+  esac
+  case "${slave_kind}" in
+    ours | ours-user)
+      [ "${slave_kind}" = ours-user ] && timestamps=(--timestamps user)
+      run_ours 2 "${seconds}" "${tag}_slave" --priority1 200 "${timestamps[@]}" &
+      ;;
+    steered)
+      # Slave-only, as in tests/netns/clock_servo_test.sh: never master first.
+      run_ours 2 "${seconds}" "${tag}_slave" --slave-only --steer --clock-offset-ns 20000000 \
+        --clock-ppm 50 "${timestamps[@]}" &
+      ;;
+    ptpd) run_ptpd 2 "${seconds}" "${tag}_slave" slave & ;;
+    *) run_ptp4l 2 "${seconds}" "${tag}_slave" "${PTP4L_SLAVE[@]}" & ;;
+  esac
   wait
   netns_cleanup
 
-  local count median p95 delay
-  if [ "${slave_kind}" != ptp4l ]; then
-    read -r count median p95 < <(clock_offset_errors "${work}/${tag}_slave.log" 0 | stats)
-    delay=$(clock_delays "${work}/${tag}_slave.log" | mean)
-  else
-    read -r count median p95 < <(ptp4l_offset_errors "${work}/${tag}_slave.log" 0 | stats)
-    delay=$(ptp4l_delays "${work}/${tag}_slave.log" | mean)
+  local log="${work}/${tag}_slave.log" errors="${work}/${tag}.errors" delays="${work}/${tag}.delays"
+  case "${slave_kind}" in
+    ours* | steered)
+      clock_offset_errors "${log}" 0 >"${errors}" && clock_delays "${log}" >"${delays}"
+      ;;
+    ptpd)
+      ptpd_samples "${tag}_slave" | awk '{ print ($1 < 0 ? -$1 : $1) }' >"${errors}"
+      ptpd_samples "${tag}_slave" | awk '{ print $2 }' >"${delays}"
+      ;;
+    *) ptp4l_offset_errors "${log}" 0 >"${errors}" && ptp4l_delays "${log}" >"${delays}" ;;
+  esac
+  local count median p95 delay zeros
+  read -r count median p95 < <(stats <"${errors}")
+  delay=$(mean <"${delays}")
+  zeros=$(grep -cx 0 "${delays}")
+  local master_window="-" slave_window="-" slave_age="-"
+  [[ "${master_kind}" == ours* ]] && master_window=$(window_of "${tag}_master")
+  if [[ "${slave_kind}" == ours* || "${slave_kind}" == steered ]]; then
+    slave_window=$(window_of "${tag}_slave")
+    slave_age=$(age_of "${tag}_slave")
   fi
-  local master_window="-" slave_window="-"
-  [ "${master_kind}" = ours ] && master_window=$(window_of "${tag}_master")
-  [ "${slave_kind}" != ptp4l ] && slave_window=$(window_of "${tag}_slave")
   local master_cpu master_rss slave_cpu slave_rss
   read -r master_cpu master_rss < <(usage_of "${tag}_master")
   read -r slave_cpu slave_rss < <(usage_of "${tag}_slave")
-  rows+=("$(printf '%-15s %7s %10s %10s %9s %6s %6s %6s %6s %13s %13s' "${label}" "${count}" \
-    "${median}" "${p95}" "${delay}" "${master_cpu}" "${master_rss}" "${slave_cpu}" \
-    "${slave_rss}" "${master_window}" "${slave_window}")")
+  rows+=("$(printf '%-15s %7s %9s %9s %8s %5s %6s %6s %6s %6s %12s %12s %12s' "${label}" \
+    "${count}" "${median}" "${p95}" "${delay}" "${zeros}" "${master_cpu}" "${master_rss}" \
+    "${slave_cpu}" "${slave_rss}" "${master_window}" "${slave_window}" "${slave_age}")")
   echo "${label}: done" >&2
 }
 
 echo "${seconds} s per pair; Sync and Delay_Req 8/s, Announce 4/s" >&2
 pair "ours->ours" ours ours
+pair "ours->ours user" ours-user ours-user
 pair "ptp4l->ours" ptp4l ours
 pair "ours->ptp4l" ours ptp4l
 pair "ptp4l->ptp4l" ptp4l ptp4l
+pair "ptpd->ours" ptpd ours
+pair "ours->ptpd" ours ptpd
 pair "ptp4l->steered" ptp4l steered "${servo_seconds}"
 
 echo
-echo "Pairs over a veth pair, ${seconds} s each; offsets and delays of the slave in ns;"
-echo "CPU in s and peak RSS in MiB per process; our send window p50/p99 in us."
-printf '%-15s %7s %10s %10s %9s %6s %6s %6s %6s %13s %13s\n' "pair" "samples" \
-  "|off| p50" "|off| p95" "delay" "M cpu" "M rss" "S cpu" "S rss" "M window" "S window"
+echo "Pairs over a veth pair, ${seconds} s each; offsets and delays of the slave in ns,"
+echo "d=0 the slave's path delays of 0; CPU in s and peak RSS in MiB per process;"
+echo "our send window and slave receive stamp age p50/p99 in us."
+printf '%-15s %7s %9s %9s %8s %5s %6s %6s %6s %6s %12s %12s %12s\n' "pair" "samples" \
+  "|off| p50" "|off| p95" "delay" "d=0" "M cpu" "M rss" "S cpu" "S rss" "M window" \
+  "S window" "S rx age"
 printf '%s\n' "${rows[@]}"
 
 # The servo's figures from the summary of the steered slave: "<n>/<s>" until

@@ -27,6 +27,10 @@
 //                                              at the end, with --steer
 //   send_window samples=<n> p50_ns=<ns> p99_ns=<ns> max_ns=<ns>
 //                                              at the end, when asked for
+//   stamp_age receive_p50_ns=<ns> receive_p99_ns=<ns> transmit_p50_ns=<ns>
+//             transmit_p99_ns=<ns>             at the end, when asked for
+//   timestamps kernel_receive=<n> user_receive=<n> kernel_transmit=<n>
+//              user_transmit=<n>               at the end
 // The summary covers the samples from the first one with a measured path
 // delay on. With --clock-offset-ns the offsets include that offset (without
 // --steer). The servo line gives the true error, the rate (how much faster
@@ -112,6 +116,8 @@ struct tOptions
     double m_durationSeconds = 0.0;
     long long m_clockOffsetNs = 0;
     double m_clockPpm = 0.0;
+    tClientUdpNetworkInterface::tTimestamping m_timestamping =
+        tClientUdpNetworkInterface::kTimestampingAutomatic;
 };
 
 void printUsage(FILE* a_pFile)
@@ -138,7 +144,11 @@ void printUsage(FILE* a_pFile)
                  "  --steer                       steer a software clock instead, started\n"
                  "                                --clock-offset-ns ahead of the system clock\n"
                  "  --clock-ppm P                 with --steer: the software clock runs P ppm\n"
-                 "                                fast until steered, -1000..1000 (0)\n");
+                 "                                fast until steered, -1000..1000 (0)\n"
+                 "  --timestamps kernel|user      event message times from the kernel's stamps\n"
+                 "                                (open fails without them) or from readings\n"
+                 "                                around the socket calls (the kernel's where\n"
+                 "                                offered, readings otherwise)\n");
 }
 
 bool parseInteger(const char* a_pText, int a_min, int a_max, int& a_rValue)
@@ -234,6 +244,14 @@ bool parseOptions(int a_argc, char** a_argv, tOptions& a_rOptions)
         else if (option == "--steer")
         {
             a_rOptions.m_steer = true;
+        }
+        else if (option == "--timestamps" && pValue != nullptr &&
+                 (std::strcmp(pValue, "kernel") == 0 || std::strcmp(pValue, "user") == 0))
+        {
+            ++i;
+            a_rOptions.m_timestamping = std::strcmp(pValue, "kernel") == 0
+                                            ? tClientUdpNetworkInterface::kTimestampingKernel
+                                            : tClientUdpNetworkInterface::kTimestampingUser;
         }
         else if ((option == "--interface" || option == "--mac" || option == "--name" ||
                   option == "--duration" || option == "--clock-offset-ns" ||
@@ -533,10 +551,19 @@ thread_local i64 tNodeTimekeeper::s_previousReading = 0;
 // is the later reading plus half the window, and it records it right after
 // the second reading, on the same thread; a window is counted only when the
 // recorded time agrees with the thread's last two readings.
+//
+// It measures the stamps' age as well: how long after the time it records a
+// stamp reaches the generator. With the kernel's stamps that is the time the
+// datagram took from the wire to this thread (the wake-up of the receiving
+// thread, the rest of the send call), which readings in user space would have
+// added to the measurement.
 class tSendWindowProbe : public nOrvPTP000::iPTPTimestampGenerator
 {
 public:
-    explicit tSendWindowProbe(tTimestampGenerator& a_rGenerator) : m_rGenerator(a_rGenerator) {}
+    tSendWindowProbe(tTimestampGenerator& a_rGenerator, nOrvPTP000::iPTPTimekeeper& a_rClock)
+        : m_rGenerator(a_rGenerator), m_rClock(a_rClock)
+    {
+    }
 
     bool getReceiveTimestamp(tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime,
                              tStatus& a_status) override
@@ -551,6 +578,7 @@ public:
     void recordReceiveTimestamp(tProtocolDataUnit& a_rPdu, const tTimestamp& a_rTime,
                                 tStatus& a_status) override
     {
+        addAge(m_receiveAges, a_rTime);
         m_rGenerator.recordReceiveTimestamp(a_rPdu, a_rTime, a_status);
     }
     void recordTransmitTimestamp(tProtocolDataUnit& a_rPdu, const tTimestamp& a_rTime,
@@ -565,6 +593,7 @@ public:
             std::lock_guard<std::mutex> lock(m_mutex);
             m_windows.push_back(window);
         }
+        addAge(m_transmitAges, a_rTime);
         m_rGenerator.recordTransmitTimestamp(a_rPdu, a_rTime, a_status);
     }
 
@@ -575,12 +604,28 @@ public:
                        " max_ns=%" PRId64,
                        m_windows.size(), percentile(m_windows, 0.5), percentile(m_windows, 0.99),
                        percentile(m_windows, 1.0));
+        a_rOutput.line("stamp_age receive_p50_ns=%" PRId64 " receive_p99_ns=%" PRId64
+                       " transmit_p50_ns=%" PRId64 " transmit_p99_ns=%" PRId64,
+                       percentile(m_receiveAges, 0.5), percentile(m_receiveAges, 0.99),
+                       percentile(m_transmitAges, 0.5), percentile(m_transmitAges, 0.99));
     }
 
 private:
+    void addAge(std::vector<i64>& a_rAges, const tTimestamp& a_rTime)
+    {
+        tStatus status;
+        tTimestamp now;
+        m_rClock.getTime(now, status);
+        std::lock_guard<std::mutex> lock(m_mutex);
+        a_rAges.push_back(toNanoseconds(now) - toNanoseconds(a_rTime));
+    }
+
     tTimestampGenerator& m_rGenerator;
+    nOrvPTP000::iPTPTimekeeper& m_rClock;
     std::mutex m_mutex;
     std::vector<i64> m_windows;
+    std::vector<i64> m_receiveAges;
+    std::vector<i64> m_transmitAges;
 };
 
 class tClockDriver;
@@ -863,8 +908,9 @@ int main(int a_argc, char** a_argv)
                                pSteeredClock.get());
     timekeeper.setQuiet(options.m_quietOffsets);
     tTimestampGenerator timestampGenerator(status);
-    tSendWindowProbe probe(timestampGenerator);
+    tSendWindowProbe probe(timestampGenerator, timekeeper);
     tClientUdpNetworkInterface messaging(&probe, &timekeeper, mac, static_cast<u8>(options.m_ttl));
+    messaging.setTimestamping(options.m_timestamping);
     tClockDriver driver(options, output);
     std::unique_ptr<tPTPNode> pNode =
         nOrvTarn000::makeOwned<tPTPNode>(status, &messaging, &probe, &timekeeper, identity, status);
@@ -927,5 +973,10 @@ int main(int a_argc, char** a_argv)
     {
         probe.printReport(output);
     }
+    const tClientUdpNetworkInterface::tTimestampCounts counts = messaging.getTimestampCounts();
+    output.line("timestamps kernel_receive=%" PRIu64 " user_receive=%" PRIu64
+                " kernel_transmit=%" PRIu64 " user_transmit=%" PRIu64,
+                counts.m_kernelReceive, counts.m_userReceive, counts.m_kernelTransmit,
+                counts.m_userTransmit);
     return result;
 }

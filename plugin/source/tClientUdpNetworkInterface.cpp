@@ -1,5 +1,6 @@
 #include "tClientUdpNetworkInterface.h"
 
+#include "tKernelTimestamps.h"
 #include "tNetworkDevices.h"
 #include "tThreadPriorityGuard.h"
 #include "tTimeConversion.h"
@@ -17,6 +18,7 @@ using nOrvPTP000::tTimestamp;
 using nOrvTarn000::kStatusCancelled;
 using nOrvTarn000::kStatusInternalError;
 using nOrvTarn000::kStatusNotAvailable;
+using nOrvTarn000::kStatusNotSupported;
 using nOrvTarn000::kStatusResourceUnavailable;
 using nOrvTarn000::kStatusSystemError;
 using nOrvTarn000::tStatus;
@@ -61,7 +63,9 @@ tClientUdpNetworkInterface::tClientUdpNetworkInterface(
     : m_pTimestampGenerator(a_pTimestampGenerator), m_pTimekeeper(a_pTimekeeper), m_macAddress(),
       m_ipAddress(0), m_interfaceIndex(0), m_multicastTtl(a_ttl), m_eventSocket(-1),
       m_generalSocket(-1), m_sendSocket(-1), m_destination(), m_cancelled(false),
-      m_padEventMessages(false)
+      m_padEventMessages(false), m_timestamping(kTimestampingAutomatic), m_kernelReceive(false),
+      m_kernelTransmit(false), m_transmitMissReported(false), m_kernelReceiveCount(0),
+      m_userReceiveCount(0), m_kernelTransmitCount(0), m_userTransmitCount(0)
 {
     if (a_pMacAddress != nullptr)
     {
@@ -84,6 +88,9 @@ void tClientUdpNetworkInterface::open(tStatus& a_status)
     }
     // Sockets left over from an open that failed half-way.
     closeAllSockets();
+    m_kernelReceive = false;
+    m_kernelTransmit = false;
+    m_transmitMissReported = false;
 
     tNetworkDeviceConfig device;
     u32 ipAddress = 0;
@@ -131,6 +138,25 @@ void tClientUdpNetworkInterface::open(tStatus& a_status)
     }
     openReceiveSocket(kEventPort, m_eventSocket, a_status);
     openReceiveSocket(kGeneralPort, m_generalSocket, a_status);
+    chooseTimestamping(device.m_name, a_status);
+}
+
+void tClientUdpNetworkInterface::chooseTimestamping(const char* a_pDevice, tStatus& a_status)
+{
+    if (a_status.isFatal())
+    {
+        return;
+    }
+    if (m_timestamping != kTimestampingUser)
+    {
+        m_kernelReceive = nKernelTimestamps::enableReceive(m_eventSocket.load());
+        m_kernelTransmit = nKernelTimestamps::enableTransmit(m_sendSocket.load(), a_pDevice);
+    }
+    nKernelTimestamps::traceChoice(a_pDevice, m_kernelReceive, m_kernelTransmit);
+    if (m_timestamping == kTimestampingKernel && !(m_kernelReceive && m_kernelTransmit))
+    {
+        ORVTARN_SET_CODE(a_status, kStatusNotSupported);
+    }
 }
 
 void tClientUdpNetworkInterface::openReceiveSocket(u16 a_port, std::atomic<int>& a_rSocket,
@@ -253,6 +279,7 @@ void tClientUdpNetworkInterface::sendEventMessage(tProtocolDataUnit& a_rPdu, tSt
         a_rPdu.writeOctets(kPadding, kLegacyEventMessageSize - length, a_status);
     }
 
+    const int sendSocket = m_sendSocket.load();
     tTimestamp before;
     tTimestamp after;
     {
@@ -260,11 +287,18 @@ void tClientUdpNetworkInterface::sendEventMessage(tProtocolDataUnit& a_rPdu, tSt
         // send.
         tThreadPriorityGuard guard(kTimestampPriority);
         m_pTimekeeper->getTime(before, a_status);
-        if (a_status.isNotFatal() &&
-            ::sendto(m_sendSocket.load(), a_rPdu.getData(), a_rPdu.getLength(), 0,
-                     reinterpret_cast<const sockaddr*>(&m_destination), sizeof(m_destination)) < 0)
+        if (a_status.isNotFatal())
         {
-            ORVTARN_SET_CODE(a_status, kStatusInternalError);
+            const ssize_t sent =
+                m_kernelTransmit ? nKernelTimestamps::sendStamped(sendSocket, a_rPdu.getData(),
+                                                                  a_rPdu.getLength(), m_destination)
+                                 : ::sendto(sendSocket, a_rPdu.getData(), a_rPdu.getLength(), 0,
+                                            reinterpret_cast<const sockaddr*>(&m_destination),
+                                            sizeof(m_destination));
+            if (sent < 0)
+            {
+                ORVTARN_SET_CODE(a_status, kStatusInternalError);
+            }
         }
         m_pTimekeeper->getTime(after, a_status);
     }
@@ -275,8 +309,32 @@ void tClientUdpNetworkInterface::sendEventMessage(tProtocolDataUnit& a_rPdu, tSt
     // The later reading plus half the time the call took: the datagram leaves
     // towards the end of the call.
     const tTimeValue afterValue = toTimeValue(after);
-    const tTimeValue sent = afterValue + (afterValue - toTimeValue(before)) / 2;
-    m_pTimestampGenerator->recordTransmitTimestamp(a_rPdu, toTimestamp(sent), a_status);
+    const tTimeValue reading = afterValue + (afterValue - toTimeValue(before)) / 2;
+    const tTimestamp sent = transmitTime(a_rPdu, toTimestamp(reading), a_status);
+    m_pTimestampGenerator->recordTransmitTimestamp(a_rPdu, sent, a_status);
+}
+
+tTimestamp tClientUdpNetworkInterface::transmitTime(const tProtocolDataUnit& a_rPdu,
+                                                    const tTimestamp& a_readingSent,
+                                                    tStatus& a_status)
+{
+    timespec stamp;
+    tTimestamp time = a_readingSent;
+    if (m_kernelTransmit &&
+        nKernelTimestamps::awaitTransmit(m_sendSocket.load(), a_rPdu.getData(), a_rPdu.getLength(),
+                                         kTransmitTimestampWaitMs, stamp) &&
+        nKernelTimestamps::toTimekeeperTime(stamp, *m_pTimekeeper, time, a_status))
+    {
+        ++m_kernelTransmitCount;
+        return time;
+    }
+    if (m_kernelTransmit && !m_transmitMissReported)
+    {
+        m_transmitMissReported = true;
+        nKernelTimestamps::traceMissingTransmit(kTransmitTimestampWaitMs);
+    }
+    ++m_userTransmitCount;
+    return a_readingSent;
 }
 
 void tClientUdpNetworkInterface::sendGeneralMessage(tProtocolDataUnit& a_rPdu, tStatus& a_status)
@@ -352,7 +410,10 @@ void tClientUdpNetworkInterface::receiveMessage(tProtocolDataUnit& a_rPdu, tStat
         const int source = fromEventSocket ? sockets[0].fd : sockets[1].fd;
         // Never blocks: a datagram announced by the wait may have been thrown
         // away since (a bad checksum is found only when it is read).
-        const ssize_t length = ::recv(source, buffer, sizeof(buffer), MSG_DONTWAIT);
+        timespec stamp;
+        bool stamped = false;
+        const ssize_t length =
+            nKernelTimestamps::receive(source, buffer, sizeof(buffer), stamp, stamped);
         const int receiveError = errno;
         if (m_cancelled)
         {
@@ -382,6 +443,15 @@ void tClientUdpNetworkInterface::receiveMessage(tProtocolDataUnit& a_rPdu, tStat
         }
         if (fromEventSocket)
         {
+            if (stamped && m_kernelReceive &&
+                nKernelTimestamps::toTimekeeperTime(stamp, *m_pTimekeeper, received, a_status))
+            {
+                ++m_kernelReceiveCount;
+            }
+            else
+            {
+                ++m_userReceiveCount;
+            }
             m_pTimestampGenerator->recordReceiveTimestamp(a_rPdu, received, a_status);
         }
         return;
@@ -393,6 +463,16 @@ void tClientUdpNetworkInterface::receiveMessage(tProtocolDataUnit& a_rPdu, tStat
 void tClientUdpNetworkInterface::cancelReceive(tStatus& /*a_status*/)
 {
     m_cancelled = true;
+}
+
+tClientUdpNetworkInterface::tTimestampCounts tClientUdpNetworkInterface::getTimestampCounts() const
+{
+    tTimestampCounts counts;
+    counts.m_kernelReceive = m_kernelReceiveCount.load();
+    counts.m_userReceive = m_userReceiveCount.load();
+    counts.m_kernelTransmit = m_kernelTransmitCount.load();
+    counts.m_userTransmit = m_userTransmitCount.load();
+    return counts;
 }
 
 tPortAddress tClientUdpNetworkInterface::getPortAddress()

@@ -11,9 +11,16 @@ namespace nZelmarPtpPlugin_1_0
 
 // The PTP port's network: UDP/IPv4 multicast to the group 224.0.1.129 on one
 // network device, named by its MAC address. Event messages (port 319) carry
-// software timestamps, read from the timekeeper with the thread at the highest
-// priority right around the socket calls; general messages (port 320) carry
-// none.
+// timestamps; general messages (port 320) carry none.
+//
+// An event message's time is the kernel's stamp of the datagram where Linux
+// offers one (see tKernelTimestamps.h), carried into the timekeeper's time.
+// Otherwise, and for any single datagram the kernel did not stamp, it is the
+// timekeeper's reading right around the socket call, taken with the thread at
+// the highest priority. A transmit stamp is waited for at most
+// kTransmitTimestampWaitMs after the send; one that does not come leaves the
+// reading around the send in its place. The choice made at open goes to the
+// trace.
 //
 // Our own multicast comes back to us (the node recognises and drops it), and
 // only the group's datagrams that arrive on this device are received.
@@ -40,6 +47,30 @@ public:
     enum : i32
     {
         kTimestampPriority = 15
+    };
+    enum : u32
+    {
+        kTransmitTimestampWaitMs = 5
+    };
+    // Where event message timestamps come from.
+    enum tTimestamping : u8
+    {
+        // The kernel's, each direction where the socket and the device offer
+        // them; the timekeeper's readings otherwise.
+        kTimestampingAutomatic,
+        // The kernel's in both directions; open fails with kStatusNotSupported
+        // without them.
+        kTimestampingKernel,
+        // Always the timekeeper's readings around the socket calls.
+        kTimestampingUser
+    };
+    // How many event messages were stamped in each way since construction.
+    struct tTimestampCounts
+    {
+        u64 m_kernelReceive;
+        u64 m_userReceive;
+        u64 m_kernelTransmit;
+        u64 m_userTransmit;
     };
     static constexpr const char* kMulticastGroup = "224.0.1.129";
     // The peer-delay group: nothing joins it and nothing is sent to it.
@@ -81,6 +112,10 @@ public:
     // The device's IPv4 address in network byte order; 0 until open finds it.
     u32 getIpAddress() const { return m_ipAddress.load(); }
 
+    // Takes effect at the next open. The default is kTimestampingAutomatic.
+    void setTimestamping(tTimestamping a_timestamping) { m_timestamping = a_timestamping; }
+    tTimestampCounts getTimestampCounts() const;
+
 private:
     void openReceiveSocket(u16 a_port, std::atomic<int>& a_rSocket, nOrvTarn000::tStatus& a_status);
     void dropMembership(const std::atomic<int>& a_rSocket, nOrvTarn000::tStatus& a_status);
@@ -90,8 +125,13 @@ private:
     // The group on this device, for joining, leaving and choosing the device
     // that multicast leaves from.
     ip_mreqn makeMembership() const;
-    void sendTo(u16 a_port, const nOrvPTP000::tProtocolDataUnit& a_rPdu,
-                nOrvTarn000::tStatus& a_status);
+    // Turns on the kernel's timestamps that a_timestamping asks for and the
+    // sockets and a_pDevice offer.
+    void chooseTimestamping(const char* a_pDevice, nOrvTarn000::tStatus& a_status);
+    // The time the message went: the kernel's, or else a_readingSent.
+    nOrvPTP000::tTimestamp transmitTime(const nOrvPTP000::tProtocolDataUnit& a_rPdu,
+                                        const nOrvPTP000::tTimestamp& a_readingSent,
+                                        nOrvTarn000::tStatus& a_status);
 
     nOrvPTP000::iPTPTimestampGenerator* m_pTimestampGenerator;
     nOrvPTP000::iPTPTimekeeper* m_pTimekeeper;
@@ -109,6 +149,17 @@ private:
     sockaddr_in m_destination;
     std::atomic<bool> m_cancelled;
     std::atomic<bool> m_padEventMessages;
+    tTimestamping m_timestamping;
+    // The kernel's stamps in use, as open chose; open and close only change
+    // them while no thread sends or receives.
+    bool m_kernelReceive;
+    bool m_kernelTransmit;
+    // The first missing transmit stamp after open goes to the trace.
+    bool m_transmitMissReported;
+    std::atomic<u64> m_kernelReceiveCount;
+    std::atomic<u64> m_userReceiveCount;
+    std::atomic<u64> m_kernelTransmitCount;
+    std::atomic<u64> m_userTransmitCount;
 };
 
 } // namespace nZelmarPtpPlugin_1_0

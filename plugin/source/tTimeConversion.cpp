@@ -27,4 +27,11 @@ tTimestamp toTimestamp(const tTimeValue& a_time)
     return tTimestamp(a_time.getSeconds(), a_time.getNanoseconds());
 }
 
+tTimestamp systemToTimekeeperTime(const tTimeValue& a_systemTime, const tTimeValue& a_systemBefore,
+                                  const tTimestamp& a_timekeeper, const tTimeValue& a_systemAfter)
+{
+    const tTimeValue systemMidpoint = a_systemBefore + (a_systemAfter - a_systemBefore) / 2;
+    return toTimestamp(a_systemTime + (toTimeValue(a_timekeeper) - systemMidpoint));
+}
+
 } // namespace nZelmarPtpPlugin_1_0

@@ -11,4 +11,14 @@ namespace nZelmarPtpPlugin_1_0
 zelmarPluginCore_1_0::tTimeValue toTimeValue(const nOrvPTP000::tTimestamp& a_time);
 nOrvPTP000::tTimestamp toTimestamp(const zelmarPluginCore_1_0::tTimeValue& a_time);
 
+// A time of the system clock in the timekeeper's time. a_timekeeper was read
+// between the system clock's readings a_systemBefore and a_systemAfter, and
+// counts as taken at their midpoint: the difference between the two clocks
+// there is added to a_systemTime.
+nOrvPTP000::tTimestamp
+systemToTimekeeperTime(const zelmarPluginCore_1_0::tTimeValue& a_systemTime,
+                       const zelmarPluginCore_1_0::tTimeValue& a_systemBefore,
+                       const nOrvPTP000::tTimestamp& a_timekeeper,
+                       const zelmarPluginCore_1_0::tTimeValue& a_systemAfter);
+
 } // namespace nZelmarPtpPlugin_1_0

@@ -5,6 +5,7 @@
 #include "tClientUdpNetworkInterface.h"
 #include "tNetworkDevices.h"
 #include "tPluginTestSupport.h"
+#include "tTimeConversion.h"
 #include "tTimestampGenerator.h"
 
 #include <gtest/gtest.h>
@@ -70,6 +71,12 @@ u32 parseAddress(const std::string& a_text)
     return address.s_addr;
 }
 
+bool within(const tTimestamp& a_first, const tTimestamp& a_time, const tTimestamp& a_last)
+{
+    return toTimeValue(a_first) <= toTimeValue(a_time) &&
+           toTimeValue(a_time) <= toTimeValue(a_last);
+}
+
 u16 sequenceOf(const std::vector<u8>& a_bytes)
 {
     return a_bytes.size() < 32 ? 0 : static_cast<u16>((a_bytes[30] << 8) | a_bytes[31]);
@@ -122,15 +129,19 @@ private:
 };
 
 // One end of the link: the network layer with its own clock and timestamps.
+// Its clock counts its readings, or (a_onSystemClock) is the system clock
+// 1000 s ahead, whose times compare with the test's.
 struct tEnd
 {
-    tEnd(const u8* a_pMac)
-        : m_generator(m_status), m_messaging(&m_generator, &m_clock, a_pMac, kTtl)
+    explicit tEnd(const u8* a_pMac, bool a_onSystemClock = false)
+        : m_generator(m_status), m_systemClock(1000000000000),
+          m_messaging(&m_generator, a_onSystemClock ? &m_systemClock : &m_clock, a_pMac, kTtl)
     {
     }
     tStatus m_status;
     tTimestampGenerator m_generator;
     tCountingTimekeeper m_clock;
+    tSystemTimekeeper m_systemClock;
     tClientUdpNetworkInterface m_messaging;
 };
 
@@ -401,6 +412,9 @@ TEST_F(NetnsMessagingTest, DeviceWithoutAddressFailsOpenAndSharedAddressPrefersO
 
 TEST_F(NetnsMessagingTest, PeerMessagesArriveOnBothPortsAndOnlyEventsAreTimestamped)
 {
+    // The peer's send time below is the rule of the readings around the send.
+    m_pPeer->m_messaging.setTimestamping(tClientUdpNetworkInterface::kTimestampingUser);
+    openPeer();
     const std::vector<u8> sync = makeMessage(kSync, 11, 0);
     const std::vector<u8> followUp = makeMessage(kFollowUp, 11, 2, 76);
     send(*m_pPeer, sync, true);
@@ -664,4 +678,76 @@ TEST_F(NetnsMessagingTest, GroupDatagramsOfAnotherDeviceDoNotArrive)
     tProtocolDataUnit pdu(status);
     ASSERT_EQ(0, receive(*m_pLocal, pdu));
     EXPECT_EQ(92, sequenceOf(bytesOf(pdu))) << "only the PTP device's datagrams arrive";
+}
+
+TEST_F(NetnsMessagingTest, KernelStampsBelongToTheirOwnMessageAndALateOrLostOneLeavesTheReading)
+{
+    tEnd local(m_localMac, true);
+    local.m_messaging.setTimestamping(tClientUdpNetworkInterface::kTimestampingKernel);
+    tStatus status;
+    local.m_messaging.open(status);
+    ASSERT_TRUE(status.isNotFatal()) << "a veth device offers the kernel's stamps";
+
+    // Each event message with the local clock's readings before and after its send.
+    struct tSent
+    {
+        std::vector<u8> m_bytes;
+        tTimestamp m_before;
+        tTimestamp m_after;
+    };
+    std::vector<tSent> sent;
+    const auto sendTimed = [&](u8 a_type, u16 a_sequenceId, u8 a_control)
+    {
+        tSent one = {makeMessage(a_type, a_sequenceId, a_control), tTimestamp(), tTimestamp()};
+        local.m_systemClock.getTime(one.m_before, status);
+        send(local, one.m_bytes, true);
+        local.m_systemClock.getTime(one.m_after, status);
+        sent.push_back(one);
+    };
+
+    // Sync and Delay_Req of one sequenceId, interleaved.
+    for (u16 sequenceId = 200; sequenceId < 203; ++sequenceId)
+    {
+        sendTimed(kSync, sequenceId, 0);
+        sendTimed(kDelayReq, sequenceId, 1);
+    }
+
+    {
+        // Our event datagrams leave through a token bucket of 100 bytes at
+        // 10 kbit/s with room for 100 bytes: of three 86-byte frames the first
+        // passes, the second is held back some 60 ms, the third is dropped.
+        const std::string on = " dev " + m_device + " parent 1:";
+        ASSERT_EQ(0, std::system(("tc -batch - <<'end'\nqdisc add dev " + m_device +
+                                  " root handle 1: htb default 1\nclass add" + on +
+                                  " classid 1:1 htb rate 1gbit\nclass add" + on +
+                                  " classid 1:2 htb rate 1gbit\nqdisc add" + on +
+                                  "2 tbf rate 10kbit burst 100 limit 100\nfilter add" + on +
+                                  " protocol ip u32 match ip dport 319 0xffff flowid 1:2\nend")
+                                     .c_str()));
+        const std::shared_ptr<void> removal(
+            nullptr,
+            [&](void*) { std::system(("tc qdisc del dev " + m_device + " root").c_str()); });
+        sendTimed(kSync, 210, 0);
+        sendTimed(kDelayReq, 211, 1);
+        sendTimed(kSync, 212, 0);
+        // Once the peer has the held datagram, its late stamp waits on our
+        // socket, ahead of the next one's.
+        receiveSequence(*m_pPeer, 211);
+    }
+    sendTimed(kDelayReq, 213, 1);
+    const tClientUdpNetworkInterface::tTimestampCounts counts =
+        local.m_messaging.getTimestampCounts();
+    EXPECT_EQ(8u, counts.m_kernelTransmit);
+    EXPECT_EQ(2u, counts.m_userTransmit) << "the held and the dropped datagram";
+
+    // Every transmit time lies within its own send: a stamp of another
+    // message, or one left in the system clock's time, would not.
+    for (const tSent& one : sent)
+    {
+        tProtocolDataUnit pdu(status);
+        fill(pdu, one.m_bytes);
+        tTimestamp time;
+        ASSERT_TRUE(local.m_generator.getTransmitTimestamp(pdu, time, status));
+        EXPECT_TRUE(within(one.m_before, time, one.m_after)) << sequenceOf(one.m_bytes);
+    }
 }

@@ -5,6 +5,7 @@
 #include "orvptp/tProtocolDataUnit.h"
 
 #include <atomic>
+#include <ctime>
 #include <vector>
 
 namespace nZelmarPtpPlugin_1_0
@@ -45,6 +46,23 @@ public:
 
 private:
     std::atomic<u64> m_readings{0};
+};
+
+// The system's UTC clock, which the kernel stamps in, moved by an offset.
+class tSystemTimekeeper : public tCountingTimekeeper
+{
+public:
+    explicit tSystemTimekeeper(i64 a_offsetNs) : m_offsetNs(a_offsetNs) {}
+    void getTime(nOrvPTP000::tTimestamp& a_rTime, nOrvTarn000::tStatus&) override
+    {
+        timespec now;
+        clock_gettime(CLOCK_REALTIME, &now);
+        const i64 reading = now.tv_sec * i64(1000000000) + now.tv_nsec + m_offsetNs;
+        a_rTime = nOrvPTP000::tTimestamp(reading / 1000000000, reading % 1000000000);
+    }
+
+private:
+    i64 m_offsetNs;
 };
 
 enum : u8

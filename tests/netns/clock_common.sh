@@ -17,6 +17,8 @@
 #                               a zmptp_clock log, one a line, from the first
 #                               line with a measured path delay on.
 #   clock_delays <log>          the path delay of the same lines.
+#   clock_kernel_stamped <log>  true when a zmptp_clock log ends with the
+#                               kernel's stamp on every event message.
 #   ptp4l_offset_errors <log> <expected ns>, ptp4l_delays <log>
 #                               the same for the "master offset" lines that a
 #                               ptp4l slave prints in its locked state (s2).
@@ -95,6 +97,10 @@ clock_offset_errors() {
 
 clock_delays() {
   _clock_sample_lines "$1" | awk '{ print $2 }'
+}
+
+clock_kernel_stamped() {
+  grep -qE '^timestamps kernel_receive=[1-9][0-9]* user_receive=0 kernel_transmit=[1-9][0-9]* user_transmit=0$' "$1"
 }
 
 _ptp4l_locked_lines() {

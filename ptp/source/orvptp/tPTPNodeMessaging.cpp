@@ -49,8 +49,7 @@ u16 lastSentSequenceId(const tPortDS& a_portDS, u32 a_kind)
 
 // ---- reception ----
 
-void tPTPNode::handlePacketReceived(std::unique_ptr<tProtocolDataUnit> a_pPacket,
-                                    tStatus& a_status)
+void tPTPNode::handlePacketReceived(std::unique_ptr<tProtocolDataUnit> a_pPacket, tStatus& a_status)
 {
     // The packet goes when this returns.
     const std::unique_ptr<tProtocolDataUnit> pPacket = std::move(a_pPacket);
