@@ -42,11 +42,6 @@ void tForeignMasterDS::eraseLocked(tIterator& a_rIterator)
 i32 tForeignMasterDS::addAnnounce(tAnnounceMessage* a_pMessage, tStatus& a_status)
 {
     tMutexGuard guard(m_mutex, a_status);
-    // The limit comes before the search: a full table takes nothing more.
-    if (a_status.isNotFatal() && m_records.size() >= m_maximumRecords)
-    {
-        ORVTARN_SET_CODE(a_status, kStatusMemoryFull);
-    }
     if (a_status.isFatal() || a_pMessage == nullptr || a_pMessage->getHeader() == nullptr)
     {
         delete a_pMessage;
@@ -57,6 +52,12 @@ i32 tForeignMasterDS::addAnnounce(tAnnounceMessage* a_pMessage, tStatus& a_statu
     if (it != m_records.end())
     {
         (*it)->addAnnounce(a_pMessage, a_status);
+        return 0;
+    }
+    if (m_records.size() >= m_maximumRecords)
+    {
+        ORVTARN_SET_CODE(a_status, kStatusMemoryFull);
+        delete a_pMessage;
         return 0;
     }
 
