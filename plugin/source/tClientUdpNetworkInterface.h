@@ -109,6 +109,9 @@ private:
     sockaddr_in m_destination;
     std::atomic<bool> m_cancelled;
     std::atomic<bool> m_padEventMessages;
+    // The receiving thread's own: the last datagram came from the event socket
+    // while the general socket held one too.
+    bool m_generalPassedOver;
 };
 
 } // namespace nZelmarPtpPlugin_1_0
