@@ -65,7 +65,8 @@ tClientUdpNetworkInterface::tClientUdpNetworkInterface(
       m_generalSocket(-1), m_sendSocket(-1), m_destination(), m_cancelled(false),
       m_padEventMessages(false), m_timestamping(kTimestampingAutomatic), m_kernelReceive(false),
       m_kernelTransmit(false), m_transmitMissReported(false), m_kernelReceiveCount(0),
-      m_userReceiveCount(0), m_kernelTransmitCount(0), m_userTransmitCount(0)
+      m_userReceiveCount(0), m_kernelTransmitCount(0), m_userTransmitCount(0),
+      m_generalPassedOver(false)
 {
     if (a_pMacAddress != nullptr)
     {
@@ -406,7 +407,12 @@ void tClientUdpNetworkInterface::receiveMessage(tProtocolDataUnit& a_rPdu, tStat
             continue;
         }
 
-        const bool fromEventSocket = sockets[0].revents != 0;
+        // The event socket goes first, so that its datagrams are read at the
+        // time just taken; but not twice in a row while the general one
+        // waits, so that a flood at one port cannot starve the other.
+        const bool bothReady = sockets[0].revents != 0 && sockets[1].revents != 0;
+        const bool fromEventSocket = sockets[0].revents != 0 && !(bothReady && m_generalPassedOver);
+        m_generalPassedOver = bothReady && fromEventSocket;
         const int source = fromEventSocket ? sockets[0].fd : sockets[1].fd;
         // Never blocks: a datagram announced by the wait may have been thrown
         // away since (a bad checksum is found only when it is read).

@@ -160,6 +160,9 @@ private:
     std::atomic<u64> m_userReceiveCount;
     std::atomic<u64> m_kernelTransmitCount;
     std::atomic<u64> m_userTransmitCount;
+    // The receiving thread's own: the last datagram came from the event socket
+    // while the general socket held one too.
+    bool m_generalPassedOver;
 };
 
 } // namespace nZelmarPtpPlugin_1_0

@@ -35,6 +35,8 @@ bool readKey(tProtocolDataUnit& a_rPdu, tTimestampRecord& a_rRecord)
     tStatus status;
     u16 sequenceId = 0;
     u8 controlField = 0;
+    a_rPdu.setReadPositionBytes(tTimestampGenerator::kSourcePortIdentityOffset, status);
+    a_rRecord.m_sender.deserialize(a_rPdu, status);
     a_rPdu.setReadPositionBytes(tTimestampGenerator::kSequenceIdOffset, status);
     a_rPdu.readUInteger16(sequenceId, status);
     a_rPdu.setReadPositionBytes(tTimestampGenerator::kControlFieldOffset, status);
@@ -125,7 +127,7 @@ bool tTimestampGenerator::fetch(tRecords& a_rRecords, tProtocolDataUnit& a_rPdu,
     {
         const tTimestampRecord entry = a_rRecords.pop(a_status);
         if (a_status.isNotFatal() && entry.m_control == key.m_control &&
-            entry.m_sequenceId == key.m_sequenceId)
+            entry.m_sequenceId == key.m_sequenceId && entry.m_sender == key.m_sender)
         {
             a_rTime = entry.m_time;
             return true;

@@ -1,5 +1,6 @@
 #pragma once
 #include "orvptp/iPTPTimestampGenerator.h"
+#include "orvptp/tPortIdentity.h"
 #include "orvtarn/quarks/tMutex.h"
 #include "tFixedSizeFifo.h"
 
@@ -13,13 +14,16 @@ struct tTimestampRecord
     // and in an empty record.
     i32 m_control = -1;
     u32 m_sequenceId = 0;
+    nOrvPTP000::tPortIdentity m_sender;
     nOrvPTP000::tTimestamp m_time;
 };
 
 // Where the messaging leaves the times at which event messages crossed the
 // socket, and where the node picks them up later on its own thread. A message
-// is known by its controlField and sequenceId, read straight from its bytes;
-// the sender is not part of the key.
+// is known by its sourcePortIdentity, controlField and sequenceId, read
+// straight from its bytes: another clock's Sync with the same sequenceId,
+// which the node drops without asking for its time, must not lend its time to
+// the master's.
 //
 // Each direction keeps the last kCapacity records. Recording never fails for
 // lack of room: the oldest record gives way. A fetch consumes every record up
@@ -31,6 +35,7 @@ public:
     enum : u32
     {
         kCapacity = 10,
+        kSourcePortIdentityOffset = 20,
         kSequenceIdOffset = 30,
         kControlFieldOffset = 32
     };

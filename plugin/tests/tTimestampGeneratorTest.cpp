@@ -113,6 +113,21 @@ TEST_F(TimestampGeneratorTest, KeyIsControlAndSequenceFromTheBytes)
     EXPECT_EQ(300u, fetchReceive(kSync, 0xABCD, 1));
 }
 
+// Another clock's event message with the same controlField and sequenceId
+// (which the node drops without asking for its time) lends its time to nobody.
+TEST_F(TimestampGeneratorTest, TheSenderIsPartOfTheKey)
+{
+    for (u32 offset : {20u, 29u}) // the clock identity, the port number
+    {
+        std::vector<u8> stranger = makeMessage(kSync, 7, 0);
+        stranger[offset] ^= 0xFF;
+        fill(m_pdu, stranger);
+        m_generator.recordReceiveTimestamp(m_pdu, tTimestamp(100, 0), m_status);
+        recordReceive(kSync, 7, 0, 200);
+        EXPECT_EQ(200u, fetchReceive(kSync, 7, 0)) << offset;
+    }
+}
+
 TEST_F(TimestampGeneratorTest, UnlistedControlValuesAllBecomeMinusOne)
 {
     // A management message has controlField 4; 6 and 255 are unlisted too.

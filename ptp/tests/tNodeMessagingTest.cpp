@@ -323,6 +323,30 @@ TEST_F(NodeMessagingTest, DelayRespToTheLastRequestCompletesThePathDelay)
     EXPECT_EQ(tTimestamp(999, 999999600), m_timekeeper.samples()[0].second);
 }
 
+// A master that shortens the interval is followed at once, not after the
+// timer that was drawn from the longer one (here up to 2 * 2^12 s).
+TEST_F(NodeMessagingTest, AShorterDelayReqIntervalRearmsTheRequestTimer)
+{
+    becomeSlave();
+    post(new tDelayRequestEvent(&m_node));
+    const u32 armed = timerId(tPortDS::kDelayRequestTimer);
+    receive(delayRespFrom(m_master, m_own, 0, 12, tTimestamp(900, 0)));
+    EXPECT_EQ(armed, timerId(tPortDS::kDelayRequestTimer)) << "2^16 s counts as 2^12 s";
+    receive(delayRespFrom(m_master, m_own, 0, 11, tTimestamp(900, 0)));
+    EXPECT_NE(armed, timerId(tPortDS::kDelayRequestTimer));
+    EXPECT_NE(tPortDS::kNoTimer, timerId(tPortDS::kDelayRequestTimer));
+
+    // A timer that has fired (its id is armed no more) has its event under
+    // way, which arms the next one: a second timer would double the requests.
+    const u32 fired = 0x7FFFFF00;
+    runOnDispatcher(
+        [&](tStatus& a_status)
+        { m_node.getPortDS().setTimerId(tPortDS::kDelayRequestTimer, fired, a_status); });
+    receive(delayRespFrom(m_master, m_own, 0, 12, tTimestamp(900, 0)));
+    receive(delayRespFrom(m_master, m_own, 0, 10, tTimestamp(900, 0)));
+    EXPECT_EQ(fired, timerId(tPortDS::kDelayRequestTimer));
+}
+
 TEST_F(NodeMessagingTest, DelayRespMatchesAcrossTheCounterWrap)
 {
     becomeSlave();

@@ -1,5 +1,7 @@
 #include "orvtarn/protons/status/tTrace.h"
 #include "orvtarn/protons/status/tConsoleTraceDestination.h"
+#include "orvtarn/protons/status/tTraceBudget.h"
+#include "tManualClock.h"
 
 #include <gtest/gtest.h>
 
@@ -197,4 +199,28 @@ TEST(tConsoleTraceDestination, OptionTextNameAndPrinting)
     getTrace(0).writeHeader("orvptp3p", 9, "x/tFoo.cpp", 105, 0).write("line").endLine();
     EXPECT_EQ("hello world[orvptp3p--9--tFoo.cpp" + std::string(49 - 22, '-') + "] line\n",
               testing::internal::GetCapturedStdout());
+}
+
+// Three lines a second: the fourth and fifth of the first second are counted,
+// and the count comes with the first line of the next second.
+TEST(TraceBudgetTest, LinesBeyondTheBudgetAreCountedUntilTheNextSecond)
+{
+    const u64 ms = tManualClock::kMillisecond;
+    tManualClock clock(5 * ms);
+    tTraceBudget budget(clock, 3);
+    const struct
+    {
+        u64 m_atMs;
+        bool m_allowed;
+        u32 m_suppressed;
+    } steps[] = {{5, true, 0},     {5, true, 0},    {600, true, 0},  {600, false, 7},
+                 {999, false, 7},  {1000, true, 2}, {1000, true, 0}, {1999, true, 0},
+                 {1999, false, 7}, {5000, true, 1}};
+    for (const auto& step : steps)
+    {
+        clock.advanceTo(step.m_atMs * ms);
+        u32 suppressed = 7;
+        EXPECT_EQ(step.m_allowed, budget.allow(suppressed)) << step.m_atMs;
+        EXPECT_EQ(step.m_suppressed, suppressed) << step.m_atMs;
+    }
 }

@@ -32,11 +32,6 @@ void tForeignMasterDS::eraseLocked(tIterator& a_rIterator)
 i32 tForeignMasterDS::addAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, tStatus& a_status)
 {
     tMutexGuard guard(m_mutex, a_status);
-    // The limit comes before the search: a full table takes nothing more.
-    if (a_status.isNotFatal() && m_records.size() >= m_maximumRecords)
-    {
-        ORVTARN_SET_CODE(a_status, kStatusMemoryFull);
-    }
     if (a_status.isFatal() || a_pMessage == nullptr || a_pMessage->getHeader() == nullptr)
     {
         return 0;
@@ -46,6 +41,11 @@ i32 tForeignMasterDS::addAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, 
     if (it != m_records.end())
     {
         (*it)->addAnnounce(std::move(a_pMessage), a_status);
+        return 0;
+    }
+    if (m_records.size() >= m_maximumRecords)
+    {
+        ORVTARN_SET_CODE(a_status, kStatusMemoryFull);
         return 0;
     }
 

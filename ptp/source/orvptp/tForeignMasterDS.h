@@ -24,9 +24,13 @@ public:
         tRecordList;
     typedef tRecordList::iterator tIterator;
 
+    // Far more masters than one domain on one network ever has, and few
+    // enough that the linear searches, the per-record aging timers and the
+    // selection stay cheap when a peer announces from thousands of made-up
+    // identities.
     enum : u32
     {
-        kMaximumRecords = 65535
+        kMaximumRecords = 64
     };
 
     // a_maximumRecords is for tests of the limit; the clock keeps the default.
@@ -36,9 +40,10 @@ public:
     tForeignMasterDS& operator=(const tForeignMasterDS&) = delete;
 
     // Counts a_pMessage in the record of its sender, or makes a new record for
-    // it. 1 when a record was made, else 0. A full table refuses every
-    // message, also one of a known sender, with kStatusMemoryFull; what is not
-    // stored is deleted.
+    // it. 1 when a record was made, else 0. A full table refuses a new sender
+    // with kStatusMemoryFull, and still counts the known ones, so that
+    // strangers cannot starve the present master's record. Takes ownership of
+    // the message: what is not stored is deleted.
     i32 addAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, nOrvTarn000::tStatus& a_status);
 
     // The window count of a_sender's record; 0 for an unknown sender.

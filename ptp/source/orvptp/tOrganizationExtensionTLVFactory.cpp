@@ -4,6 +4,7 @@
 #include "orvptp/tOrganizationIdentifiers.h"
 #include "orvtarn/protons/status/tAllocation.h"
 #include "orvtarn/protons/status/tTrace.h"
+#include "orvtarn/protons/status/tTraceBudget.h"
 
 using nOrvTarn000::tStatus;
 using nOrvTarn000::tTrace;
@@ -15,13 +16,33 @@ namespace
 
 enum : u32
 {
-    kKindInformation = 105 // 'i'
+    kKindInformation = 105, // 'i'
+    kWarningsPerSecond = 10
 };
 
 tTrace& warningLine(i32 a_line)
 {
     return nOrvTarn000::getTrace(0).writeHeader(ORVTARN_COMPONENT, static_cast<u64>(a_line),
                                                 __FILE__, kKindInformation, 0);
+}
+
+// Any peer can send datagrams full of unknown organisations, each of which is
+// worth a line: the console gets a few of them a second, and a count of the
+// ones it did not get.
+bool mayWarn()
+{
+    static nOrvTarn000::tTraceBudget s_budget(nOrvTarn000::getSystemClock(), kWarningsPerSecond);
+    u32 suppressed = 0;
+    if (!s_budget.allow(suppressed))
+    {
+        return false;
+    }
+    if (suppressed != 0)
+    {
+        warningLine(__LINE__).writeFormatted(
+            "%u warnings about unsupported organization extensions suppressed\n", suppressed);
+    }
+    return true;
 }
 
 } // namespace
@@ -67,23 +88,26 @@ tOrganizationExtensionTLVFactory::createOrganizationExtensionTLV(iSerializableTa
         }
         return pTLV;
     }
-    if (organizationId == kLXIConsortiumOrganizationId)
+    if (mayWarn())
     {
-        warningLine(__LINE__).writeFormatted("Unsupported organizationSubType %.6x for             "
-                                             "               organization %.6x\n",
-                                             static_cast<unsigned>(organizationSubType),
-                                             static_cast<unsigned>(organizationId));
-    }
-    else if (organizationId == kOrvOrganizationId)
-    {
-        warningLine(__LINE__).writeFormatted(
-            "Unsupported organizationSubType %.6x for                      organization %.6x\n",
-            static_cast<unsigned>(organizationSubType), static_cast<unsigned>(organizationId));
-    }
-    else
-    {
-        warningLine(__LINE__).writeFormatted("Unsupported organizationId %.6x\n",
-                                             static_cast<unsigned>(organizationId));
+        if (organizationId == kLXIConsortiumOrganizationId)
+        {
+            warningLine(__LINE__).writeFormatted(
+                "Unsupported organizationSubType %.6x for             "
+                "               organization %.6x\n",
+                static_cast<unsigned>(organizationSubType), static_cast<unsigned>(organizationId));
+        }
+        else if (organizationId == kOrvOrganizationId)
+        {
+            warningLine(__LINE__).writeFormatted(
+                "Unsupported organizationSubType %.6x for                      organization %.6x\n",
+                static_cast<unsigned>(organizationSubType), static_cast<unsigned>(organizationId));
+        }
+        else
+        {
+            warningLine(__LINE__).writeFormatted("Unsupported organizationId %.6x\n",
+                                                 static_cast<unsigned>(organizationId));
+        }
     }
     ORVTARN_SET_CODE(a_status, nOrvTarn000::kStatusInvalidArgument);
     return nullptr;

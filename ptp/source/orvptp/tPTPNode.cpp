@@ -239,6 +239,21 @@ void tPTPNode::armDelayRequestTimer(tStatus& a_status)
     m_portDS.setTimerId(tPortDS::kDelayRequestTimer, id, a_status);
 }
 
+void tPTPNode::redrawDelayRequestTimer(tStatus& a_status)
+{
+    tMutexGuard guard(m_mutex, a_status);
+    if (!guard.isLocked() || m_closing || m_pTimedEventGenerator == nullptr)
+    {
+        return;
+    }
+    tStatus removeStatus;
+    m_pTimedEventGenerator->remove(m_portDS.getTimerId(tPortDS::kDelayRequestTimer), removeStatus);
+    if (removeStatus.isNotFatal())
+    {
+        armDelayRequestTimer(a_status);
+    }
+}
+
 void tPTPNode::rearmPeriodic(u32 a_index, std::unique_ptr<iPTPEventGenerator> a_pGenerator,
                              u32 a_periodMs, tStatus& a_status)
 {

@@ -80,6 +80,10 @@ public:
     void restartAnnounceReceiptTimeout(tStatus& a_status);
     void armForeignMasterTimeout(const tPortIdentity& a_sender, tStatus& a_status) override;
     void armDelayRequestTimer(tStatus& a_status);
+    // Draws the pending Delay_Req anew from the present interval. A timer
+    // that has fired is left alone: its event is under way and arms the next
+    // one, and a second timer would start a second chain of requests.
+    void redrawDelayRequestTimer(tStatus& a_status);
     // Re-arms the periodic timer at a_index with a new period, if it runs.
     void rearmPeriodic(u32 a_index, std::unique_ptr<iPTPEventGenerator> a_pGenerator,
                        u32 a_periodMs, tStatus& a_status);

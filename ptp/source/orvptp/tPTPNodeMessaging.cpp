@@ -3,6 +3,7 @@
 #include "orvptp/tDelayRespMessage.h"
 #include "orvptp/tFollowUpMessage.h"
 #include "orvptp/tForeignMasterAging.h"
+#include "orvptp/tLogInterval.h"
 #include "orvptp/tPTPMessageFactory.h"
 #include "orvptp/tPTPNode.h"
 #include "orvptp/tProtocolDataUnit.h"
@@ -145,8 +146,15 @@ void tPTPNode::receiveDelayResp(std::unique_ptr<tDelayRespMessage> a_pMessage, t
         return;
     }
     // The master tells its slaves how often they may ask; this is no change
-    // of a property, so nobody is told.
+    // of a property, so nobody is told. A shorter interval counts from now:
+    // the timer drawn from a longer one could keep the requests silent for
+    // up to twice that long (hours, after a single response that said 12).
+    const u32 previousMs = logIntervalToMilliseconds(m_portDS.getLogMinDelayReqInterval());
     m_portDS.setLogMinDelayReqInterval(header.getLogMessageInterval(), a_status);
+    if (logIntervalToMilliseconds(header.getLogMessageInterval()) < previousMs)
+    {
+        redrawDelayRequestTimer(a_status);
+    }
     if (header.getSequenceId() == lastSentSequenceId(m_portDS, tPortDS::kDelayReqSequence))
     {
         m_syncDelayExchange.handleDelayResp(m_pTimestampGenerator, std::move(a_pMessage), a_status);
