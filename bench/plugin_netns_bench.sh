@@ -67,6 +67,8 @@ wait_for_line "${plugin_log}" '^[0-9]+ synchronized$' 30 || fail "ours did not s
 wait_for_line "${work}/slave.log" 'to SLAVE on' 30 || fail "ptp4l did not follow"
 ours=$(pid_of 2 zmptp_plugin) || fail "our process is gone"
 theirs=$(pid_of 3 ptp4l) || fail "ptp4l is gone"
+# The host program looks at the port state once a second while it is measured.
+plugin_command "poll 1000"
 ours_start=$(cpu_ticks "${ours}")
 theirs_start=$(cpu_ticks "${theirs}")
 sleep "${seconds}"
@@ -81,7 +83,8 @@ awk -v t="${tick}" -v s="${seconds}" -v a="${ours_cpu}" -v b="${theirs_cpu}" \
     printf "  ptp4l  %.3f %%  %d kB\n", 100 * b / t / s, rb }'
 echo "  our reference's error from the master's time: ${count} readings, largest ${largest} ns"
 
-# From the device's return (mark) to SLAVE again.
+# From the device's return (mark) to SLAVE again, seen within 10 ms.
+plugin_command "poll 10"
 slave='^[0-9]+ state SLAVE$'
 for kind in deleted down; do
   for ((cycle = 1; cycle <= cycles; cycle++)); do

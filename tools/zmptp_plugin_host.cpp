@@ -17,6 +17,8 @@
 //   priority1 <n>  sets priority1 as management would (context 1)
 //   show           "show priority1=<n> online=<0|1> attached=<0|1>"
 //   mark           "mark", to time what follows from it
+//   poll <ms>      looks at the port state and the flag every <ms> (10 at
+//                  the start): each look is a round trip to the clock's thread
 
 #include "orvptp/iPropertyChangeObserver.h"
 #include "orvptp/tPortStateCodes.h"
@@ -50,7 +52,7 @@ using zelmarPluginCore_1_0::tZelmarSource;
 namespace
 {
 
-const int kPollMs = 10;
+const int kDefaultPollMs = 10;
 const i64 kErrorPeriodMs = 1000;
 const i64 kNanosecondsPerMs = 1000000;
 
@@ -198,7 +200,7 @@ public:
             }
             watch();
             pollfd input{a_input, POLLIN, 0};
-            if (poll(&input, 1, kPollMs) > 0)
+            if (poll(&input, 1, m_pollMs) > 0)
             {
                 char buffer[256];
                 const ssize_t length = read(a_input, buffer, sizeof(buffer));
@@ -274,9 +276,15 @@ private:
     void command(const std::string& a_line)
     {
         unsigned priority1 = 0;
+        int pollMs = 0;
         if (a_line == "resources")
         {
             emitResources();
+        }
+        else if (std::sscanf(a_line.c_str(), "poll %d", &pollMs) == 1 && pollMs > 0)
+        {
+            m_pollMs = pollMs;
+            emit("poll %d", pollMs);
         }
         else if (a_line == "mark")
         {
@@ -315,6 +323,7 @@ private:
     nZelmar::tSoftwareTimeReference m_reference;
     tZelmarSource m_source;
     std::shared_ptr<tHost> m_pHost;
+    int m_pollMs = kDefaultPollMs;
     u8 m_state = nOrvPTP000::kPortStateStopped;
     bool m_synchronized = false;
     i64 m_lastErrorNs = 0;
