@@ -470,7 +470,23 @@ void tSimNetwork::close(u32 a_id)
     tEndpoint& e = endpoint(a_id);
     e.m_open = false;
     e.m_queue.clear();
-    wakeLocked(e);
+    stopLocked(e);
+}
+
+void tSimNetwork::stopLocked(tEndpoint& a_rEndpoint)
+{
+    // A receive that does not wait yet sees the flags when it looks. A
+    // signal left for it would be taken by nobody if the network thread
+    // ends before its first receive, and keep the clock from settling.
+    if (a_rEndpoint.m_receiving)
+    {
+        wakeLocked(a_rEndpoint);
+    }
+    else
+    {
+        tStatus resetStatus;
+        m_clock.reset(*a_rEndpoint.m_pArrival, resetStatus);
+    }
 }
 
 void tSimNetwork::send(u32 a_id, tProtocolDataUnit& a_rPdu, bool a_event, tStatus& a_status)
@@ -548,10 +564,12 @@ void tSimNetwork::receive(u32 a_id, tProtocolDataUnit& a_rPdu, tStatus& a_status
         {
             std::lock_guard<std::mutex> lock(m_mutex);
             tEndpoint& e = endpoint(a_id);
+            e.m_receiving = false;
             if (tryReceiveLocked(e, a_rPdu, deadline, a_status))
             {
                 return;
             }
+            e.m_receiving = true;
             pArrival = e.m_pArrival.get();
         }
         // A change after the look above has signalled the event already.
@@ -606,7 +624,7 @@ void tSimNetwork::cancelReceive(u32 a_id)
     std::lock_guard<std::mutex> lock(m_mutex);
     tEndpoint& e = endpoint(a_id);
     e.m_cancelled = true;
-    wakeLocked(e);
+    stopLocked(e);
 }
 
 bool tSimNetwork::fetchTimestamp(u32 a_id, bool a_receive, tProtocolDataUnit& a_rPdu,

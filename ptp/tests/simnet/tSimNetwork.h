@@ -282,6 +282,7 @@ private:
         i64 m_rateppb = 0;
         bool m_open = false;
         bool m_cancelled = false;
+        bool m_receiving = false; // a receive waits on m_pArrival
         bool m_connected = true;
         bool m_failReceive = false;
         bool m_failOpen = false;
@@ -320,6 +321,8 @@ private:
     // Under m_mutex.
     tTimestamp clockAtLocked(const tEndpoint& a_endpoint, i64 a_t) const;
     void wakeLocked(tEndpoint& a_rEndpoint);
+    // Wakes a waiting receive for a cancel or a close.
+    void stopLocked(tEndpoint& a_rEndpoint);
 
     void open(u32 a_id, tStatus& a_status);
     void close(u32 a_id);
