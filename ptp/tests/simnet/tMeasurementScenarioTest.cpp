@@ -2,8 +2,12 @@
 // clocks and delays are exact, so offsetFromMaster and meanPathDelay must be
 // exact too: to the nanosecond with symmetric delays, off by half the
 // asymmetry otherwise, with corrections taken out as the correctionField
-// gives them, and with offsets too large to hold saturated.
+// gives them, with offsets too large to hold saturated, and with a new
+// parent's delay never mixed with the old one's timestamps.
 #include "tScenario.h"
+
+#include <atomic>
+#include <memory>
 
 using namespace nSimNet;
 using namespace nOrvPTP000;
@@ -247,5 +251,97 @@ TEST_F(MeasurementScenarioTest, AnOffsetBeyondRangeBelowSaturatesAtTheLowerEnd)
                   -kThreeDays + 48000);
     }
 }
+
+// Entering UNCALIBRATED for a new parent, from SLAVE, MASTER or LISTENING,
+// starts the delay exchange afresh. The old master's Syncs are lost after one
+// of its delay exchanges has completed, so that the exchange still holds its
+// T3 and T4 when the new master's first Sync comes: paired with them, that
+// Sync would give a delay of neither master, here (20 + 300 + 1000) / 2 us.
+class ParentSwitchTest : public tScenario, public ::testing::WithParamInterface<u8>
+{
+};
+
+TEST_P(ParentSwitchTest, TheFirstDelayOfANewParentIsItsOwn)
+{
+    const u8 wayIn = GetParam();
+    const i64 kOldDelay = 20000, kNewDelay = 300000, kOwnOffset = 5000000, kNewOffset = -1000000;
+    tNodeSettings oldSettings, ownSettings, newSettings;
+    oldSettings.m_priority1 = 100;
+    newSettings.m_priority1 = 50;
+    ownSettings.m_slaveOnly = wayIn == kPortStateListening;
+    tSimNode& oldMaster = addClock(1, oldSettings);
+    tSimNode& clock = addClock(2, ownSettings, kOwnOffset);
+    tSimNode& newMaster = addClock(3, newSettings, kNewOffset);
+    m_network.setSymmetricDelay(oldMaster.getId(), clock.getId(), kOldDelay);
+    m_network.setSymmetricDelay(newMaster.getId(), clock.getId(), kNewDelay);
+    start(oldMaster);
+    start(clock);
+    ASSERT_TRUE(
+        settlesInto({{&oldMaster, kPortStateMaster}, {&clock, kPortStateSlave, &oldMaster}}));
+    ASSERT_TRUE(m_network.waitUntil(
+        [&clock] { return clock.getMeanPathDelay() == kOldDelay * kScale; }, kSettleBound));
+
+    // The old master's Syncs are lost from now on, and, once two of its
+    // delay exchanges are complete, the clock's Delay_Req messages until the
+    // new master's first Sync has come.
+    const u32 oldId = oldMaster.getId();
+    const u32 id = clock.getId();
+    std::shared_ptr<std::atomic<bool>> pRequestsPass = std::make_shared<std::atomic<bool>>(true);
+    m_network.setInFlightHook(
+        [oldId, id, pRequestsPass](tInFlight& a_rCopy)
+        {
+            const u8 type = messageTypeOf(a_rCopy.m_bytes);
+            a_rCopy.m_drop = (a_rCopy.m_from == oldId && (type == kSync || type == kFollowUp)) ||
+                             (a_rCopy.m_from == id && type == kDelayReq && !*pRequestsPass);
+        });
+    const u64 responses = m_network.getDeliveredCount(id, kDelayResp) + 2;
+    ASSERT_TRUE(m_network.waitUntil(
+        [this, id, responses] { return m_network.getDeliveredCount(id, kDelayResp) >= responses; },
+        kSettleBound));
+    *pRequestsPass = false;
+    if (wayIn != kPortStateSlave)
+    {
+        m_network.setConnected(oldId, false);
+        ASSERT_TRUE(clock.waitForState(wayIn, kSettleBound));
+    }
+    const size_t from = clock.getSamples().size();
+    const size_t transitions = clock.getTransitionCount();
+
+    start(newMaster);
+    ASSERT_TRUE(
+        settlesInto({{&newMaster, kPortStateMaster}, {&clock, kPortStateSlave, &newMaster}}));
+    const std::vector<tTransition> path = clock.getTransitions();
+    EXPECT_EQ(path.at(transitions).m_oldState, wayIn);
+    EXPECT_EQ(path.at(transitions).m_newState, kPortStateUncalibrated);
+    // Until its first delay exchange with the new master the clock keeps the
+    // delay it had (the old master's, or 0 after serving or listening).
+    auto isOld = [](i64 a_delay) { return a_delay == 0 || a_delay == kOldDelay * kScale; };
+    ASSERT_TRUE(
+        m_network.waitUntil([&] { return clock.getSamples().size() > from; }, kSettleBound));
+    *pRequestsPass = true;
+    std::vector<tSample> samples;
+    ASSERT_TRUE(m_network.waitUntil(
+        [&]
+        {
+            samples = clock.getSamples();
+            return samples.back().m_meanPathDelay == kNewDelay * kScale;
+        },
+        kSettleBound));
+    EXPECT_TRUE(isOld(samples[from].m_meanPathDelay));
+    for (size_t i = from; i < samples.size(); ++i)
+    {
+        EXPECT_TRUE(isOld(samples[i].m_meanPathDelay) ||
+                    samples[i].m_meanPathDelay == kNewDelay * kScale)
+            << "delay " << samples[i].m_meanPathDelay / kScale << " ns";
+        // Every sample is of the new master's Syncs.
+        EXPECT_EQ(samples[i].m_offsetFromMaster + samples[i].m_meanPathDelay,
+                  (kOwnOffset - kNewOffset + kNewDelay) * kScale);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(WaysIn, ParentSwitchTest,
+                         ::testing::Values(kPortStateSlave, kPortStateMaster, kPortStateListening),
+                         [](const ::testing::TestParamInfo<u8>& a_info)
+                         { return std::string("From") + stateName(a_info.param); });
 
 } // namespace

@@ -46,15 +46,26 @@ TEST_F(SelectionScenarioTest, ManyClocksSettleIntoMasterPassiveAndSlave)
                              {&third, kPortStateSlave, &gm},
                              {&fourth, kPortStateSlave, &gm}}));
 
-    // A passive clock sends nothing.
-    const u64 passiveAnnounces = m_network.getSentCount(first.getId(), kAnnounce);
-    const u64 passiveSyncs = m_network.getSentCount(second.getId(), kSync);
+    // A passive clock sends nothing, and a slave nothing but its Delay_Req
+    // messages, which all clocks hear and only the grandmaster answers.
+    const std::vector<tSimNode*> clocks = all();
+    std::vector<size_t> sent, requests;
+    for (tSimNode* pNode : clocks)
+    {
+        sent.push_back(m_network.getSent(pNode->getId()).size());
+        requests.push_back(m_network.getSentCount(pNode->getId(), kDelayReq));
+    }
     EXPECT_TRUE(staysSettledFor(gm, 6));
-    EXPECT_EQ(m_network.getSentCount(first.getId(), kAnnounce), passiveAnnounces);
-    EXPECT_EQ(m_network.getSentCount(second.getId(), kSync), passiveSyncs);
-
+    for (size_t i = 1; i < clocks.size(); ++i)
+    {
+        const u32 id = clocks[i]->getId();
+        const bool slave = clocks[i]->getState() == kPortStateSlave;
+        EXPECT_EQ(m_network.getSent(id).size() - sent[i],
+                  slave ? m_network.getSentCount(id, kDelayReq) - requests[i] : 0u);
+    }
     // Without the grandmaster the best passive clock takes over; the other
     // class-13 clock stays passive behind it.
+    const size_t before = first.getTransitionCount();
     stop(gm);
     ASSERT_TRUE(settlesInto({{&first, kPortStateMaster},
                              {&second, kPortStatePassive},
@@ -62,6 +73,8 @@ TEST_F(SelectionScenarioTest, ManyClocksSettleIntoMasterPassiveAndSlave)
                              {&fourth, kPortStateSlave, &first}}));
     EXPECT_EQ(fourth.getGrandmasterIdentity(), first.getIdentity());
     EXPECT_TRUE(staysSettledFor(first, 6));
+    // It dropped the silent grandmaster, which would silence it again otherwise.
+    EXPECT_TRUE(movedOnce(first, before, kPortStatePassive, kPortStateMaster));
 }
 
 TEST_F(SelectionScenarioTest, GrandmastersFollowOneAnotherInTheOrderOfTheComparison)

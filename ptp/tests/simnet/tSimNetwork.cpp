@@ -32,36 +32,25 @@ u8 messageTypeOf(const std::vector<u8>& a_bytes)
     return a_bytes.size() < kHeaderLength ? 0xFF : static_cast<u8>(a_bytes[0] & 0x0F);
 }
 
-i64 correctionFieldOf(const std::vector<u8>& a_bytes)
+u64 fieldOf(const std::vector<u8>& a_bytes, u32 a_offset, u32 a_length)
 {
     u64 value = 0;
-    for (u32 i = 0; i < 8 && kCorrectionFieldOffset + i < a_bytes.size(); ++i)
+    for (u32 i = a_offset; i < a_offset + a_length; ++i)
     {
-        value = (value << 8) | a_bytes[kCorrectionFieldOffset + i];
+        value = (value << 8) | (i < a_bytes.size() ? a_bytes[i] : 0);
     }
-    return static_cast<i64>(value);
+    return value;
 }
 
-void setCorrectionField(std::vector<u8>& a_bytes, i64 a_scaledNanoseconds)
+void setField(std::vector<u8>& a_bytes, u32 a_offset, u32 a_length, u64 a_value)
 {
-    u64 value = static_cast<u64>(a_scaledNanoseconds);
-    for (u32 i = 0; i < 8; ++i)
+    for (u32 i = a_offset + a_length; i-- > a_offset; a_value >>= 8)
     {
-        if (kCorrectionFieldOffset + 7 - i < a_bytes.size())
+        if (i < a_bytes.size())
         {
-            a_bytes[kCorrectionFieldOffset + 7 - i] = static_cast<u8>(value & 0xFF);
+            a_bytes[i] = static_cast<u8>(a_value & 0xFF);
         }
-        value >>= 8;
     }
-}
-
-u16 sequenceIdOf(const std::vector<u8>& a_bytes)
-{
-    if (a_bytes.size() < kHeaderLength)
-    {
-        return 0;
-    }
-    return static_cast<u16>((a_bytes[kSequenceIdOffset] << 8) | a_bytes[kSequenceIdOffset + 1]);
 }
 
 i64 toNanoseconds(const tTimestamp& a_time)
@@ -125,20 +114,20 @@ nOrvPTP000::tPortAddress tSimMessaging::getPortAddress()
 bool tSimTimestamps::getReceiveTimestamp(tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime,
                                          tStatus& a_status)
 {
-    return a_status.isNotFatal() && m_network.fetchReceive(m_id, a_rPdu, a_rTime);
+    return a_status.isNotFatal() && m_network.fetchTimestamp(m_id, true, a_rPdu, a_rTime);
 }
 
 bool tSimTimestamps::getTransmitTimestamp(tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime,
                                           tStatus& a_status)
 {
-    return a_status.isNotFatal() && m_network.fetchTransmit(m_id, a_rPdu, a_rTime);
+    return a_status.isNotFatal() && m_network.fetchTimestamp(m_id, false, a_rPdu, a_rTime);
 }
 
 void tSimTimekeeper::getTime(tTimestamp& a_rTime, tStatus& a_status)
 {
-    if (a_status.isNotFatal())
+    if (a_status.isNotFatal() && !m_network.readClock(m_id, a_rTime))
     {
-        m_network.readClock(m_id, a_rTime);
+        ORVTARN_SET_CODE(a_status, kStatusNotAvailable);
     }
 }
 
@@ -335,6 +324,24 @@ void tSimNetwork::failNextReceive(u32 a_id)
     wakeLocked(e);
 }
 
+void tSimNetwork::setOpenFailing(u32 a_id, bool a_failing)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    endpoint(a_id).m_failOpen = a_failing;
+}
+
+void tSimNetwork::setTimeLost(u32 a_id, bool a_lost)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    endpoint(a_id).m_timeLost = a_lost;
+}
+
+void tSimNetwork::loseTimestamps(u32 a_id, bool a_receive, u32 a_count)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    endpoint(a_id).m_lostTimestamps[a_receive ? 1 : 0] = a_count;
+}
+
 void tSimNetwork::setPortStateHeld(u32 a_id, bool a_held)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
@@ -375,6 +382,12 @@ bool tSimNetwork::isReceiving(u32 a_id)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     return endpoint(a_id).m_receiving;
+}
+
+std::vector<tSentDatagram> tSimNetwork::getSent(u32 a_id)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return endpoint(a_id).m_sentLog;
 }
 
 std::vector<tSample> tSimNetwork::getSamples(u32 a_id)
@@ -458,6 +471,11 @@ void tSimNetwork::open(u32 a_id, tStatus& a_status)
     }
     std::lock_guard<std::mutex> lock(m_mutex);
     tEndpoint& e = endpoint(a_id);
+    if (e.m_failOpen)
+    {
+        ORVTARN_SET_CODE(a_status, kStatusSystemError);
+        return;
+    }
     e.m_open = true;
     e.m_cancelled = false;
     e.m_queue.clear();
@@ -497,6 +515,7 @@ void tSimNetwork::send(u32 a_id, tProtocolDataUnit& a_rPdu, bool a_event, tStatu
     std::vector<u8> bytes(a_rPdu.getData(), a_rPdu.getData() + a_rPdu.getLength());
     const u8 type = messageTypeOf(bytes);
     ++source.m_sent[type & 0x0F];
+    source.m_sentLog.push_back(tSentDatagram{a_event, bytes});
     tKey key;
     if (a_event && makeKey(bytes.data(), static_cast<u32>(bytes.size()), key))
     {
@@ -561,6 +580,7 @@ void tSimNetwork::receive(u32 a_id, tProtocolDataUnit& a_rPdu, tStatus& a_status
                 m_clock.reset(*e.m_pArrival, resetStatus);
                 return;
             }
+            e.m_receiving = true;
             pArrival = e.m_pArrival.get();
         }
         // A change after the look above has signalled the event already.
@@ -618,22 +638,26 @@ void tSimNetwork::cancelReceive(u32 a_id)
     wakeLocked(e);
 }
 
-bool tSimNetwork::fetchReceive(u32 a_id, tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime)
+bool tSimNetwork::fetchTimestamp(u32 a_id, bool a_receive, tProtocolDataUnit& a_rPdu,
+                                 tTimestamp& a_rTime)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
-    return takeRecord(endpoint(a_id).m_receiveRecords, a_rPdu, a_rTime);
+    tEndpoint& e = endpoint(a_id);
+    u32& lost = e.m_lostTimestamps[a_receive ? 1 : 0];
+    if (lost > 0)
+    {
+        --lost;
+        return false;
+    }
+    return takeRecord(a_receive ? e.m_receiveRecords : e.m_transmitRecords, a_rPdu, a_rTime);
 }
 
-bool tSimNetwork::fetchTransmit(u32 a_id, tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime)
+bool tSimNetwork::readClock(u32 a_id, tTimestamp& a_rTime)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
-    return takeRecord(endpoint(a_id).m_transmitRecords, a_rPdu, a_rTime);
-}
-
-void tSimNetwork::readClock(u32 a_id, tTimestamp& a_rTime)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    a_rTime = clockAtLocked(endpoint(a_id), now());
+    const tEndpoint& e = endpoint(a_id);
+    a_rTime = clockAtLocked(e, now());
+    return !e.m_timeLost;
 }
 
 void tSimNetwork::step(u32 a_id, const tTimestamp& a_time)
