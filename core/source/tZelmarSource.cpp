@@ -1,6 +1,7 @@
 #include "tZelmarSource.h"
 
 #include "orvtarn/protons/status/tAllocation.h"
+#include "tSourceRegistry.h"
 #include "tZelmarController.h"
 
 namespace zelmarPluginCore_1_0
@@ -18,10 +19,16 @@ tZelmarSource::tZelmarSource(iZelmarPluginFactory& a_rFactory, nOrvTarn000::iClo
     // as the source lives.
     m_pController.reset(new (a_status, true)
                             tZelmarController(a_rFactory, this, a_rClock, a_status));
+    if (a_status.isNotFatal())
+    {
+        tSourceRegistry::getInstance().registerSource(this);
+    }
 }
 
 tZelmarSource::~tZelmarSource()
 {
+    // Waits for a property call that uses the controller.
+    tSourceRegistry::getInstance().clear();
     m_pController.reset();
 }
 

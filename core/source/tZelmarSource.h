@@ -15,6 +15,9 @@ namespace zelmarPluginCore_1_0
 // source goes online or offline, on the deferred-action thread. Whether it is
 // attached the host knows itself, as it attaches and detaches.
 //
+// A source that is made takes the registry's slot (tSourceRegistry), and the
+// end of any source empties it.
+//
 // Every operation may come from any host thread and forwards to the
 // controller; without a controller (it could not be made) the source is
 // offline and detached, and attaching does nothing.
@@ -27,7 +30,8 @@ public:
     // are borrowed and must outlive the source.
     tZelmarSource(iZelmarPluginFactory& a_rFactory, nOrvTarn000::iClock& a_rClock,
                   tStatus& a_status);
-    // Destroys the controller first, which ends its thread and the plug-in.
+    // Empties the registry, then destroys the controller, which ends its
+    // thread and the plug-in.
     ~tZelmarSource() override;
 
     tZelmarSource(const tZelmarSource&) = delete;

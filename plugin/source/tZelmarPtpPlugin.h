@@ -100,6 +100,12 @@ public:
     // The clock, for reads under the mutex (acquirePlugin); null only in a
     // plug-in whose construction failed.
     nOrvPTP000::tPTPOrdinaryClock* getPtpClock() { return m_pPtpClock.get(); }
+    // The UDP device's IPv4 address in network byte order: 0 until the clock
+    // has opened the network, and on any other network.
+    u32 getIpAddress() const
+    {
+        return m_pNetworkInterface != nullptr ? m_pNetworkInterface->getIpAddress() : 0;
+    }
 
 protected:
     void initializeClock() override;

@@ -1,7 +1,7 @@
-// Many clocks on one segment choosing their grandmaster: priority1,
-// clockClass, clockAccuracy, offsetScaledLogVariance, priority2 and the
-// identity decide in this order, losers of class 1 to 127 are PASSIVE and all
-// others SLAVE, and the next best takes over when the grandmaster goes.
+// Many clocks on one segment choosing their grandmaster: losers of class 1 to
+// 127 are PASSIVE and all others SLAVE, and the next best takes over when the
+// grandmaster goes. The order of the comparison is the comparison's unit
+// tests'.
 #include "tScenario.h"
 
 using namespace nSimNet;
@@ -75,45 +75,6 @@ TEST_F(SelectionScenarioTest, ManyClocksSettleIntoMasterPassiveAndSlave)
     EXPECT_TRUE(staysSettledFor(first, 6));
     // It dropped the silent grandmaster, which would silence it again otherwise.
     EXPECT_TRUE(movedOnce(first, before, kPortStatePassive, kPortStateMaster));
-}
-
-TEST_F(SelectionScenarioTest, GrandmastersFollowOneAnotherInTheOrderOfTheComparison)
-{
-    // Each clock beats all after it by exactly one attribute, in the order in
-    // which the comparison tries them; the identities run the other way, so
-    // that only the last pair is decided by identity. The accuracies stay
-    // below 0x80, where the signed comparison of accuracy agrees with the
-    // order of the accuracy codes.
-    tNodeSettings plain;
-    plain.m_clockAccuracy = 0x31;
-    tNodeSettings byPriority1 = plain;
-    byPriority1.m_priority1 = 100;
-    tNodeSettings byClass = plain;
-    byClass.m_clockClass = 187;
-    tNodeSettings byAccuracy = plain;
-    byAccuracy.m_clockAccuracy = 0x21;
-    tNodeSettings byVariance = plain;
-    byVariance.m_offsetScaledLogVariance = 0x4000;
-    tNodeSettings byPriority2 = plain;
-    byPriority2.m_priority2 = 100;
-
-    std::vector<tSimNode*> ranking = {&addClock(10, byPriority1), &addClock(9, byClass),
-                                      &addClock(8, byAccuracy),   &addClock(7, byVariance),
-                                      &addClock(6, byPriority2),  &addClock(4, plain),
-                                      &addClock(5, plain)};
-    startAll();
-
-    for (size_t leader = 0; leader + 1 < ranking.size(); ++leader)
-    {
-        std::vector<tExpect> expected = {{ranking[leader], kPortStateMaster}};
-        for (size_t i = leader + 1; i < ranking.size(); ++i)
-        {
-            expected.push_back({ranking[i], kPortStateSlave, ranking[leader]});
-        }
-        ASSERT_TRUE(settlesInto(expected)) << "with grandmaster number " << leader;
-        stop(*ranking[leader]);
-    }
-    ASSERT_TRUE(settlesInto({{ranking.back(), kPortStateMaster}}));
 }
 
 } // namespace

@@ -15,14 +15,6 @@ namespace
 
 constexpr i64 kEpochNs = kClockEpochSeconds * kNanosecondsPerSecond;
 
-// t * rate / 10^9 without leaving 64 bits for t up to centuries and rates
-// up to a few parts per thousand. t is never negative.
-i64 rateTerm(i64 a_t, i64 a_rateppb)
-{
-    return (a_t / kNanosecondsPerSecond) * a_rateppb +
-           ((a_t % kNanosecondsPerSecond) * a_rateppb) / kNanosecondsPerSecond;
-}
-
 } // namespace
 
 // ---- helpers on raw datagrams ----
@@ -189,13 +181,12 @@ tSimNetwork::~tSimNetwork()
     }
 }
 
-u32 tSimNetwork::addEndpoint(i64 a_clockOffsetNs, i64 a_rateppb)
+u32 tSimNetwork::addEndpoint(i64 a_clockOffsetNs)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     const u32 id = static_cast<u32>(m_endpoints.size());
     std::unique_ptr<tEndpoint> pEndpoint(new tEndpoint);
     pEndpoint->m_offsetNs = a_clockOffsetNs;
-    pEndpoint->m_rateppb = a_rateppb;
     pEndpoint->m_pMessaging.reset(new tSimMessaging(*this, id));
     pEndpoint->m_pTimestamps.reset(new tSimTimestamps(*this, id));
     pEndpoint->m_pTimekeeper.reset(new tSimTimekeeper(*this, id));
@@ -208,12 +199,6 @@ u32 tSimNetwork::addEndpoint(i64 a_clockOffsetNs, i64 a_rateppb)
     }
     m_endpoints.push_back(std::move(pEndpoint));
     return id;
-}
-
-u32 tSimNetwork::getEndpointCount()
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return static_cast<u32>(m_endpoints.size());
 }
 
 tSimNetwork::tEndpoint& tSimNetwork::endpoint(u32 a_id)
@@ -246,32 +231,7 @@ i64 tSimNetwork::now()
 
 tTimestamp tSimNetwork::clockAtLocked(const tEndpoint& a_endpoint, i64 a_t) const
 {
-    return toTimestamp(kEpochNs + a_endpoint.m_offsetNs + a_t +
-                       rateTerm(a_t, a_endpoint.m_rateppb));
-}
-
-tTimestamp tSimNetwork::clockAt(u32 a_id, i64 a_t)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return clockAtLocked(endpoint(a_id), a_t);
-}
-
-i64 tSimNetwork::getClockOffset(u32 a_id)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return endpoint(a_id).m_offsetNs;
-}
-
-void tSimNetwork::setClockOffset(u32 a_id, i64 a_offsetNs)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    endpoint(a_id).m_offsetNs = a_offsetNs;
-}
-
-void tSimNetwork::setClockRate(u32 a_id, i64 a_rateppb)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    endpoint(a_id).m_rateppb = a_rateppb;
+    return toTimestamp(kEpochNs + a_endpoint.m_offsetNs + a_t);
 }
 
 void tSimNetwork::setDefaultDelay(i64 a_delayNs)
@@ -372,12 +332,6 @@ u32 tSimNetwork::getOpenCount(u32 a_id)
     return endpoint(a_id).m_openCount;
 }
 
-u32 tSimNetwork::getPendingCount(u32 a_id)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return static_cast<u32>(endpoint(a_id).m_queue.size());
-}
-
 bool tSimNetwork::isReceiving(u32 a_id)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
@@ -394,12 +348,6 @@ std::vector<tSample> tSimNetwork::getSamples(u32 a_id)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     return endpoint(a_id).m_samples;
-}
-
-std::vector<tTimestamp> tSimNetwork::getSteps(u32 a_id)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return endpoint(a_id).m_steps;
 }
 
 bool tSimNetwork::waitUntil(const std::function<bool()>& a_condition, tBound a_bound)
@@ -664,9 +612,8 @@ void tSimNetwork::step(u32 a_id, const tTimestamp& a_time)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     tEndpoint& e = endpoint(a_id);
-    e.m_steps.push_back(a_time);
     const i64 t = now();
-    e.m_offsetNs = toNanoseconds(a_time) - (kEpochNs + t + rateTerm(t, e.m_rateppb));
+    e.m_offsetNs = toNanoseconds(a_time) - (kEpochNs + t);
 }
 
 void tSimNetwork::keepSample(u32 a_id, const tSample& a_sample)

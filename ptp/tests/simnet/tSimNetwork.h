@@ -10,7 +10,7 @@
 // the simulated time t of its sending. Its transmit time is the sender's clock
 // at t, and it is delivered no earlier than t + delay, with the receiver's
 // clock at exactly t + delay as its receive time. Clock readings are whole
-// nanoseconds computed from t alone, so that with clock rate 0 ppb
+// nanoseconds computed from t alone, so that
 //     receive - transmit = delay + (receiver offset - sender offset)
 // holds exactly, and the measurement a slave makes from these stamps comes
 // out to the nanosecond.
@@ -188,10 +188,9 @@ public:
     tSimNetwork(const tSimNetwork&) = delete;
     tSimNetwork& operator=(const tSimNetwork&) = delete;
 
-    // Adds an endpoint whose clock reads epoch + offset + t + t * rate / 10^9
-    // at simulated time t. Links to and from it get the default delay.
-    u32 addEndpoint(i64 a_clockOffsetNs = 0, i64 a_rateppb = 0);
-    u32 getEndpointCount();
+    // Adds an endpoint whose clock reads epoch + offset + t at simulated time
+    // t. Links to and from it get the default delay.
+    u32 addEndpoint(i64 a_clockOffsetNs = 0);
 
     nOrvPTP000::iPTPPortMessaging* getMessaging(u32 a_id);
     nOrvPTP000::iPTPTimestampGenerator* getTimestamps(u32 a_id);
@@ -201,11 +200,6 @@ public:
     nOrvTarn000::tManualClock& getClock() { return m_clock; }
     // Simulated nanoseconds since the network was made.
     i64 now();
-    // The endpoint's clock at simulated time a_t.
-    tTimestamp clockAt(u32 a_id, i64 a_t);
-    i64 getClockOffset(u32 a_id);
-    void setClockOffset(u32 a_id, i64 a_offsetNs);
-    void setClockRate(u32 a_id, i64 a_rateppb);
 
     // Delay for links made from now on; existing links keep theirs.
     void setDefaultDelay(i64 a_delayNs);
@@ -235,15 +229,12 @@ public:
     u64 getDeliveredCount(u32 a_id, u8 a_messageType);
     bool isOpen(u32 a_id);
     u32 getOpenCount(u32 a_id);
-    // Datagrams queued for the endpoint, due or not.
-    u32 getPendingCount(u32 a_id);
     // True while a receive of the endpoint waits.
     bool isReceiving(u32 a_id);
     // Every datagram the endpoint sent, in order.
     std::vector<tSentDatagram> getSent(u32 a_id);
 
     std::vector<tSample> getSamples(u32 a_id);
-    std::vector<tTimestamp> getSteps(u32 a_id);
 
     // Lets simulated time run until a_condition holds, testing it whenever
     // the nodes have no more work at the present instant. The condition runs
@@ -283,7 +274,6 @@ private:
     struct tEndpoint
     {
         i64 m_offsetNs = 0;
-        i64 m_rateppb = 0;
         bool m_open = false;
         bool m_cancelled = false;
         bool m_connected = true;
@@ -305,7 +295,6 @@ private:
         u64 m_delivered[16] = {};
         std::vector<tSentDatagram> m_sentLog;
         std::vector<tSample> m_samples;
-        std::vector<tTimestamp> m_steps;
         std::unique_ptr<tSimMessaging> m_pMessaging;
         std::unique_ptr<tSimTimestamps> m_pTimestamps;
         std::unique_ptr<tSimTimekeeper> m_pTimekeeper;

@@ -108,20 +108,6 @@ TEST_F(StateScenarioTest, AnUncalibratedPortMeasuresAndWaitsForTheSelectedCheck)
     EXPECT_TRUE(settlesInto({{&master, kPortStateMaster}, {&follower, kPortStateSlave, &master}}));
 }
 
-TEST_F(StateScenarioTest, AccuracyComparesAsASignedNumber)
-{
-    // 0xFE (unknown) is -2 as a signed number and so beats 0x21 (within
-    // 100 ns), although the standard ranks unknown accuracy last.
-    tNodeSettings unknown;
-    unknown.m_clockAccuracy = 0xFE;
-    tNodeSettings within100ns;
-    within100ns.m_clockAccuracy = 0x21;
-    tSimNode& precise = addClock(1, within100ns);
-    tSimNode& vague = addClock(2, unknown);
-    startAll();
-    ASSERT_TRUE(settlesInto({{&vague, kPortStateMaster}, {&precise, kPortStateSlave, &vague}}));
-}
-
 TEST_F(StateScenarioTest, ASlaveOnlyClockNeverBecomesMaster)
 {
     tNodeSettings slaveOnly = withPriority1(1);
