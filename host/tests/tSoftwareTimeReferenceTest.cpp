@@ -106,18 +106,6 @@ TEST(SoftwareTimeReference, RateChangesKeepTheFractionsOfANanosecond)
     EXPECT_EQ(99990u, timeOf(reference) - start);
 }
 
-TEST(SoftwareTimeReference, AdjustTimeMovesItAtOnce)
-{
-    tStatus status;
-    tSimulatedTickSource ticks(kFrequency, 0.0);
-    tSoftwareTimeReference reference(ticks, 0, status);
-    const u64 start = timeOf(reference);
-    reference.adjustTime(5 * kSecond + 3);
-    EXPECT_EQ(5 * kSecond + 3, timeOf(reference) - start);
-    reference.adjustTime(-i64(7 * kSecond));
-    EXPECT_EQ(start - 2 * kSecond + 3, timeOf(reference));
-}
-
 TEST(SoftwareTimeReference, RunsOnTheRawMonotonicClock)
 {
     tStatus status;

@@ -63,52 +63,8 @@ TEST(BMCOutputTest, EntriesByPortNumberFromOne)
     output.setDecision(1, tStateDecision(kDecisionPassive, kUpdateP1, nullptr), fatal);
     output.replaceMessage(tAnnounceBuilder(clockId(1)).make().get(), fatal);
     expectDecision(output.getDecision(1, status), kDecisionSlave, kUpdateS1, pMessage.get());
-    EXPECT_EQ(status.getCode(), 0);
-}
-
-// A newer Announce replaces only its own sender's message; resets go by
-// port, by message, by sender, or all at once.
-TEST(BMCOutputTest, ReplaceAndReset)
-{
-    tStatus status;
-    tBMCOutput output(3, status);
-    auto pA = tAnnounceBuilder(clockId(1)).make();
-    auto pNewA = tAnnounceBuilder(clockId(1)).stepsRemoved(3).make();
-    auto pB = tAnnounceBuilder(clockId(2)).make();
-    output.replaceMessage(pNewA.get(), status); // no message held: nothing to replace
-    expectDecision(output.getDecision(1, status), kDecisionListening, kUpdateM1, nullptr);
-
-    auto fill = [&]
-    {
-        output.setDecision(1, tStateDecision(kDecisionSlave, kUpdateS1, pA.get()), status);
-        output.setDecision(2, tStateDecision(kDecisionPassive, kUpdateP2, pA.get()), status);
-        output.setDecision(3, tStateDecision(kDecisionMaster, kUpdateM3, pB.get()), status);
-    };
-    fill();
-    output.replaceMessage(pB.get(), status);
-    output.replaceMessage(nullptr, status);
-    EXPECT_EQ(output.getDecision(1, status).m_pMessage, pA.get());
-    output.replaceMessage(pNewA.get(), status);
-    expectDecision(output.getDecision(1, status), kDecisionSlave, kUpdateS1, pNewA.get());
-
-    fill();
-    output.resetFrom(tPortIdentity(clockId(1), 1));
-    EXPECT_EQ(output.getDecision(1, status).m_pMessage, nullptr);
-    EXPECT_EQ(output.getDecision(2, status).m_pMessage, nullptr);
-    EXPECT_EQ(output.getDecision(3, status).m_pMessage, pB.get());
-    fill();
-    output.resetHolding(pB.get());
-    EXPECT_EQ(output.getDecision(1, status).m_pMessage, pA.get());
-    expectDecision(output.getDecision(3, status), kDecisionListening, kUpdateM1, nullptr);
-    fill();
-    output.resetDecision(2, status);
-    EXPECT_EQ(output.getDecision(2, status).m_pMessage, nullptr);
-    EXPECT_EQ(output.getDecision(1, status).m_pMessage, pA.get());
     output.resetAll();
-    for (u16 port = 1; port <= 3; ++port)
-    {
-        expectDecision(output.getDecision(port, status), kDecisionListening, kUpdateM1, nullptr);
-    }
+    expectDecision(output.getDecision(1, status), kDecisionListening, kUpdateM1, nullptr);
     EXPECT_EQ(status.getCode(), 0);
 }
 

@@ -42,8 +42,9 @@ TEST_F(NodeLifecycleTest, StartResetsTheDataSetsAndStartAndStopRefuseTheWrongSta
     node.startClock(again);
     EXPECT_EQ(again.getCode(), kStatusWrongRunState);
     node.stopClock(status);
-    node.stopClock(again);
-    EXPECT_EQ(again.getCode(), kStatusWrongRunState);
+    tStatus twice;
+    node.stopClock(twice);
+    EXPECT_EQ(twice.getCode(), kStatusWrongRunState);
     // The port state reads 0 once stopped; the data set keeps the last one.
     EXPECT_EQ(node.readProperty<PORT_STATE>(status), kPortStateStopped);
     u8 kept = 0;
