@@ -129,7 +129,8 @@ private:
 
 // One GET: the request's data field, the response's TLV, and the dissector
 // fields of that TLV (name=value, "|" between them; the prefix ptp.v2.mm.
-// left out; values as JSON).
+// left out; values as JSON). The dissector shows a text, and the protocol
+// address, twice: as the item and as the value under it.
 struct tManagementSample
 {
     const char* m_name;
@@ -156,14 +157,14 @@ inline const std::vector<tManagementSample>& managementSamples()
           9, 'c', 'l', 'o', 'c', 'k', ';', 'l', 'a', 'b',
           0x00, 0x1B, 0x19, 0x00, 0x01, 0x00,             // profile
           0x00},                                          // pad: 67 octets of data
-         "clockType.OC=1|clockType.BC=0|physicalLayerProtocol=\"IEEE 802.3\"|"
+         "clockType.OC=1|clockType.BC=0|physicalLayerProtocol=\"IEEE 802.3\"|physicalLayerProtocol=\"IEEE 802.3\"|"
          "physicalAddressLength=6|physicalAddress=\"02:5a:6d:64:00:01\"|networkProtocol=1|"
-         "protocolAddress.length=4|protocolAddress=\"a9:fe:00:01\"|"
-         "manufacturerIdentity=\"00:a0:c5\"|productDescription=\"Orvane;zm;1\"|"
-         "revisionData=\"1;2;3\"|userDescription=\"clock;lab\"|profileIdentity=\"00:1b:19:00:01:00\""},
+         "protocolAddress.length=4|protocolAddress=\"a9:fe:00:01\"|protocolAddress=\"a9:fe:00:01\"|"
+         "manufacturerIdentity=\"00:a0:c5\"|productDescription=\"Orvane;zm;1\"|productDescription=\"Orvane;zm;1\"|"
+         "revisionData=\"1;2;3\"|revisionData=\"1;2;3\"|userDescription=\"clock;lab\"|userDescription=\"clock;lab\"|profileIdentity=\"00:1b:19:00:01:00\""},
         {"USER_DESCRIPTION", 0x0002, {0, 0},
          {0x00, 0x01, 0x00, 0x0C, 0x00, 0x02, 9, 'c', 'l', 'o', 'c', 'k', ';', 'l', 'a', 'b'},
-         "userDescription=\"clock;lab\""},
+         "userDescription=\"clock;lab\"|userDescription=\"clock;lab\""},
         {"FAULT_LOG", 0x0006, {0, 0}, {0x00, 0x01, 0x00, 0x04, 0x00, 0x06, 0x00, 0x00},
          "numberOfFaultRecords=0"},
         {"DEFAULT_DATA_SET", 0x2000, tBytes(20, 0),
