@@ -4,6 +4,7 @@
 // (tSampleNode), and for every managementId that GET reads, the data field of
 // the request and the response's TLV, written octet by octet from the field
 // layout, with the dissector fields that show it.
+#include "orvptp/TLVs/tManagementTLV.h"
 #include "orvptp/tManagementMessage.h"
 #include "orvptp/tPTPMessageFactory.h"
 #include "tFakeNode.h"
@@ -237,6 +238,37 @@ inline const std::vector<tManagementSample>& managementSamples()
     return samples;
 }
 // clang-format on
+
+// A request of every managementId with every action that it offers, named
+// mgmt-request-<NAME>-<action>: the GET samples' data fields, zeros for the
+// others.
+inline std::vector<std::pair<std::string, tBytes>> managementRequests()
+{
+    std::vector<std::pair<std::string, tBytes>> requests;
+    u32 count = 0;
+    const tManagementIdInfo* pIds = managementIds(count);
+    for (u32 i = 0; i < count; ++i)
+    {
+        tBytes data(pIds[i].m_dataLength == kVariableLength ? 0 : pIds[i].m_dataLength, 0);
+        for (const tManagementSample& sample : managementSamples())
+        {
+            data = sample.m_managementId == pIds[i].m_managementId ? sample.m_requestData : data;
+        }
+        const char* names[] = {"get", "set", "command"};
+        const u8 actions[] = {kActionGet, kActionSet, kActionCommand};
+        const u8 offers[] = {kOfferGet, kOfferSet, kOfferCommand};
+        for (int a = 0; a < 3; ++a)
+        {
+            if ((pIds[i].m_offers & offers[a]) != 0)
+            {
+                requests.push_back(
+                    {std::string("mgmt-request-") + pIds[i].m_pName + "-" + names[a],
+                     managementRequest(actions[a], managementTLV(pIds[i].m_managementId, data))});
+            }
+        }
+    }
+    return requests;
+}
 
 // The datagram that a_node sends in answer to a_request: empty when it sends
 // none.

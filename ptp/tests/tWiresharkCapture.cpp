@@ -17,7 +17,6 @@
 //              datagram and the expected fields
 //   --raw-dir  each datagram as a file of its own (the fuzzer's seed corpus),
 //              and a management request of every managementId and action
-#include "orvptp/TLVs/tManagementTLV.h"
 #include "tManagementSamples.h"
 
 #include <cstdio>
@@ -315,36 +314,6 @@ std::vector<tFrame> managementFrames(tStatus& a_status)
         "displayData=\"Unsupported actionField\"",
         a_status));
     return frames;
-}
-
-// A request of every managementId with every action that it offers, for the
-// fuzzer to start from.
-std::vector<std::pair<std::string, tBytes>> managementRequests()
-{
-    std::vector<std::pair<std::string, tBytes>> requests;
-    u32 count = 0;
-    const tManagementIdInfo* pIds = managementIds(count);
-    for (u32 i = 0; i < count; ++i)
-    {
-        tBytes data(pIds[i].m_dataLength == kVariableLength ? 0 : pIds[i].m_dataLength, 0);
-        for (const tManagementSample& sample : managementSamples())
-        {
-            data = sample.m_managementId == pIds[i].m_managementId ? sample.m_requestData : data;
-        }
-        const char* names[] = {"get", "set", "command"};
-        const u8 actions[] = {kActionGet, kActionSet, kActionCommand};
-        const u8 offers[] = {kOfferGet, kOfferSet, kOfferCommand};
-        for (int a = 0; a < 3; ++a)
-        {
-            if ((pIds[i].m_offers & offers[a]) != 0)
-            {
-                requests.push_back(
-                    {std::string("mgmt-request-") + pIds[i].m_pName + "-" + names[a],
-                     managementRequest(actions[a], managementTLV(pIds[i].m_managementId, data))});
-            }
-        }
-    }
-    return requests;
 }
 
 // ------------------------------------------------------------ output
