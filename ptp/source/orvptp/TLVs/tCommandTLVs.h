@@ -18,10 +18,10 @@ public:
 };
 
 // NULL_MANAGEMENT: every action answers with the TLV itself.
-class tNullManagementTLV : public tEmptyManagementTLV
+class tNullManagementTLV : public tCloneable<tNullManagementTLV, tEmptyManagementTLV>
 {
 public:
-    tNullManagementTLV() : tEmptyManagementTLV(nManagementId::NULL_MANAGEMENT) {}
+    tNullManagementTLV() : tCloneable(nManagementId::NULL_MANAGEMENT) {}
 
     [[nodiscard]] tManagementReply handleGet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
@@ -29,10 +29,6 @@ public:
                                              nOrvTarn000::tStatus& a_status) override;
     [[nodiscard]] tManagementReply handleCommand(iPTPNode& a_node, u16 a_portNumber,
                                                  nOrvTarn000::tStatus& a_status) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override
-    {
-        return cloneOf(*this, a_status);
-    }
 };
 
 // The clock keeps no settings of its own that a command could save or reset:
@@ -47,30 +43,18 @@ protected:
     explicit tNonVolatileStorageTLV(u16 a_managementId) : tEmptyManagementTLV(a_managementId) {}
 };
 
-class tSaveInNonVolatileStorageTLV : public tNonVolatileStorageTLV
+class tSaveInNonVolatileStorageTLV
+    : public tCloneable<tSaveInNonVolatileStorageTLV, tNonVolatileStorageTLV>
 {
 public:
-    tSaveInNonVolatileStorageTLV()
-        : tNonVolatileStorageTLV(nManagementId::SAVE_IN_NON_VOLATILE_STORAGE)
-    {
-    }
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override
-    {
-        return cloneOf(*this, a_status);
-    }
+    tSaveInNonVolatileStorageTLV() : tCloneable(nManagementId::SAVE_IN_NON_VOLATILE_STORAGE) {}
 };
 
-class tResetNonVolatileStorageTLV : public tNonVolatileStorageTLV
+class tResetNonVolatileStorageTLV
+    : public tCloneable<tResetNonVolatileStorageTLV, tNonVolatileStorageTLV>
 {
 public:
-    tResetNonVolatileStorageTLV()
-        : tNonVolatileStorageTLV(nManagementId::RESET_NON_VOLATILE_STORAGE)
-    {
-    }
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override
-    {
-        return cloneOf(*this, a_status);
-    }
+    tResetNonVolatileStorageTLV() : tCloneable(nManagementId::RESET_NON_VOLATILE_STORAGE) {}
 };
 
 // A command to the addressed port: the node's operation, and GENERAL_ERROR
@@ -96,49 +80,37 @@ private:
 };
 
 // ENABLE_PORT: the port is designated enabled.
-class tEnablePortTLV : public tPortCommandTLV
+class tEnablePortTLV : public tCloneable<tEnablePortTLV, tPortCommandTLV>
 {
 public:
     tEnablePortTLV()
-        : tPortCommandTLV(nManagementId::ENABLE_PORT, &iPTPNode::handleDesignatedEnabled,
-                          "Failure enabling port")
+        : tCloneable(nManagementId::ENABLE_PORT, &iPTPNode::handleDesignatedEnabled,
+                     "Failure enabling port")
     {
-    }
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override
-    {
-        return cloneOf(*this, a_status);
     }
 };
 
 // DISABLE_PORT: the port is designated disabled.
-class tDisablePortTLV : public tPortCommandTLV
+class tDisablePortTLV : public tCloneable<tDisablePortTLV, tPortCommandTLV>
 {
 public:
     tDisablePortTLV()
-        : tPortCommandTLV(nManagementId::DISABLE_PORT, &iPTPNode::handleDesignatedDisabled,
-                          "Failure disabling port")
+        : tCloneable(nManagementId::DISABLE_PORT, &iPTPNode::handleDesignatedDisabled,
+                     "Failure disabling port")
     {
-    }
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override
-    {
-        return cloneOf(*this, a_status);
     }
 };
 
 // INITIALIZE: data field initializationKey (16-bit enumeration). Key 0 runs
 // the port's initialisation; any other is refused with WRONG_VALUE.
-class tInitializeTLV : public tManagementTLV
+class tInitializeTLV : public tCloneable<tInitializeTLV, tManagementTLV>
 {
 public:
-    tInitializeTLV() : tManagementTLV(nManagementId::INITIALIZE), m_initializationKey(0) {}
+    tInitializeTLV() : tCloneable(nManagementId::INITIALIZE), m_initializationKey(0) {}
 
     [[nodiscard]] tManagementReply handleCommand(iPTPNode& a_node, u16 a_portNumber,
                                                  nOrvTarn000::tStatus& a_status) override;
     nOrvTarn000::tTrace& trace(nOrvTarn000::tTrace& a_trace) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override
-    {
-        return cloneOf(*this, a_status);
-    }
     void deserializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
     void serializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
 

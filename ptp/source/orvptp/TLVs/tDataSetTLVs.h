@@ -1,9 +1,10 @@
 #pragma once
 #include "orvptp/TLVs/tManagementTLV.h"
-#include "orvptp/tClockIdentity.h"
-#include "orvptp/tClockQuality.h"
-#include "orvptp/tPortIdentity.h"
-#include "orvptp/tTimeInterval.h"
+#include "orvptp/tCurrentDS.h"
+#include "orvptp/tDefaultDS.h"
+#include "orvptp/tParentDS.h"
+#include "orvptp/tPortDS.h"
+#include "orvptp/tTimePropertiesDS.h"
 
 // The five data sets as GET reads them, each in one TLV. The data fields, by
 // offset:
@@ -29,29 +30,21 @@
 namespace nOrvPTP000
 {
 
-class tDefaultDataSetTLV : public tManagementTLV
+class tDefaultDataSetTLV : public tCloneable<tDefaultDataSetTLV, tManagementTLV>
 {
 public:
     tDefaultDataSetTLV();
 
     [[nodiscard]] tManagementReply handleGet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override;
     void deserializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
     void serializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
 
 private:
-    bool m_slaveOnly;
-    bool m_twoStepFlag;
-    u16 m_numberPorts;
-    u8 m_priority1;
-    tClockQuality m_clockQuality;
-    u8 m_priority2;
-    tClockIdentity m_clockIdentity;
-    u8 m_domainNumber;
+    tDefaultDSValues m_values;
 };
 
-class tCurrentDataSetTLV : public tManagementTLV
+class tCurrentDataSetTLV : public tCloneable<tCurrentDataSetTLV, tManagementTLV>
 {
 public:
     tCurrentDataSetTLV();
@@ -59,17 +52,14 @@ public:
     [[nodiscard]] tManagementReply handleGet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
     nOrvTarn000::tTrace& trace(nOrvTarn000::tTrace& a_trace) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override;
     void deserializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
     void serializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
 
 private:
-    u16 m_stepsRemoved;
-    tTimeInterval m_offsetFromMaster;
-    tTimeInterval m_meanPathDelay;
+    tCurrentDSValues m_values;
 };
 
-class tParentDataSetTLV : public tManagementTLV
+class tParentDataSetTLV : public tCloneable<tParentDataSetTLV, tManagementTLV>
 {
 public:
     tParentDataSetTLV();
@@ -77,22 +67,14 @@ public:
     [[nodiscard]] tManagementReply handleGet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
     nOrvTarn000::tTrace& trace(nOrvTarn000::tTrace& a_trace) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override;
     void deserializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
     void serializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
 
 private:
-    tPortIdentity m_parentPortIdentity;
-    bool m_parentStats;
-    u16 m_observedParentOffsetScaledLogVariance;
-    i32 m_observedParentClockPhaseChangeRate;
-    u8 m_grandmasterPriority1;
-    tClockQuality m_grandmasterClockQuality;
-    u8 m_grandmasterPriority2;
-    tClockIdentity m_grandmasterIdentity;
+    tParentDSValues m_values;
 };
 
-class tTimePropertiesDataSetTLV : public tManagementTLV
+class tTimePropertiesDataSetTLV : public tCloneable<tTimePropertiesDataSetTLV, tManagementTLV>
 {
 public:
     tTimePropertiesDataSetTLV();
@@ -100,18 +82,14 @@ public:
     [[nodiscard]] tManagementReply handleGet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
     nOrvTarn000::tTrace& trace(nOrvTarn000::tTrace& a_trace) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override;
     void deserializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
     void serializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
 
 private:
-    i16 m_currentUtcOffset;
-    // Bits as on the wire.
-    u8 m_flags;
-    u8 m_timeSource;
+    tTimePropertiesDSValues m_values;
 };
 
-class tPortDataSetTLV : public tManagementTLV
+class tPortDataSetTLV : public tCloneable<tPortDataSetTLV, tManagementTLV>
 {
 public:
     tPortDataSetTLV();
@@ -119,21 +97,11 @@ public:
     [[nodiscard]] tManagementReply handleGet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
     nOrvTarn000::tTrace& trace(nOrvTarn000::tTrace& a_trace) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override;
     void deserializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
     void serializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
 
 private:
-    tPortIdentity m_portIdentity;
-    u8 m_portState;
-    i8 m_logMinDelayReqInterval;
-    tTimeInterval m_peerMeanPathDelay;
-    i8 m_logAnnounceInterval;
-    u8 m_announceReceiptTimeout;
-    i8 m_logSyncInterval;
-    u8 m_delayMechanism;
-    i8 m_logMinPdelayReqInterval;
-    u8 m_versionNumber;
+    tPortDSValues m_values;
 };
 
 } // namespace nOrvPTP000

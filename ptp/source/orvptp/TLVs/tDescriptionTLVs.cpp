@@ -34,7 +34,7 @@ const u32 kFixedDescriptionLength = 1 + 1 + 2 + tClockDescriptionDS::kManufactur
 // ---- CLOCK_DESCRIPTION ----
 
 tClockDescriptionTLV::tClockDescriptionTLV()
-    : tManagementTLV(nManagementId::CLOCK_DESCRIPTION), m_clockType(0), m_pad(false)
+    : tCloneable(nManagementId::CLOCK_DESCRIPTION), m_clockType(0), m_pad(false)
 {
     std::memset(m_manufacturerIdentity, 0, sizeof(m_manufacturerIdentity));
     std::memset(m_profileIdentity, 0, sizeof(m_profileIdentity));
@@ -43,7 +43,7 @@ tClockDescriptionTLV::tClockDescriptionTLV()
 }
 
 tClockDescriptionTLV::tClockDescriptionTLV(const tClockDescriptionTLV& a_other, tStatus& a_status)
-    : tManagementTLV(a_other), m_clockType(a_other.m_clockType),
+    : tCloneable(a_other), m_clockType(a_other.m_clockType),
       m_protocolAddress(a_other.m_protocolAddress), m_pad(a_other.m_pad)
 {
     m_physicalLayerProtocol.assign(a_other.m_physicalLayerProtocol, a_status);
@@ -135,14 +135,14 @@ void tClockDescriptionTLV::serializeData(iSerializableTarget& a_target, tStatus&
 // ---- USER_DESCRIPTION ----
 
 tUserDescriptionTLV::tUserDescriptionTLV()
-    : tManagementTLV(nManagementId::USER_DESCRIPTION), m_pad(false)
+    : tCloneable(nManagementId::USER_DESCRIPTION), m_pad(false)
 {
     tStatus status;
     m_pad = setLength(m_userDescription.getSize(), status, 2) != 0;
 }
 
 tUserDescriptionTLV::tUserDescriptionTLV(const tUserDescriptionTLV& a_other, tStatus& a_status)
-    : tManagementTLV(a_other), m_pad(a_other.m_pad)
+    : tCloneable(a_other), m_pad(a_other.m_pad)
 {
     m_userDescription.assign(a_other.m_userDescription, a_status);
 }

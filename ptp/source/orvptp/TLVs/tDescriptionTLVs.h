@@ -19,7 +19,7 @@
 namespace nOrvPTP000
 {
 
-class tClockDescriptionTLV : public tManagementTLV
+class tClockDescriptionTLV : public tCloneable<tClockDescriptionTLV, tManagementTLV>
 {
 public:
     tClockDescriptionTLV();
@@ -27,10 +27,6 @@ public:
 
     [[nodiscard]] tManagementReply handleGet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override
-    {
-        return cloneOf(*this, a_status);
-    }
     void deserializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
     void serializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
 
@@ -53,7 +49,7 @@ private:
 
 // A SET takes at most the 128 characters of the clock's user description;
 // a longer one answers GENERAL_ERROR.
-class tUserDescriptionTLV : public tManagementTLV
+class tUserDescriptionTLV : public tCloneable<tUserDescriptionTLV, tManagementTLV>
 {
 public:
     tUserDescriptionTLV();
@@ -64,10 +60,6 @@ public:
     [[nodiscard]] tManagementReply handleSet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
     nOrvTarn000::tTrace& trace(nOrvTarn000::tTrace& a_trace) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override
-    {
-        return cloneOf(*this, a_status);
-    }
     void deserializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
     void serializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
 

@@ -68,14 +68,14 @@ void tFaultRecord::deserialize(iSerializableTarget& a_target, tStatus& a_status)
 // ---- FAULT_LOG ----
 
 tFaultLogTLV::tFaultLogTLV()
-    : tManagementTLV(nManagementId::FAULT_LOG), m_numberOfFaultRecords(0), m_pad(false)
+    : tCloneable(nManagementId::FAULT_LOG), m_numberOfFaultRecords(0), m_pad(false)
 {
     tStatus status;
     updateLength(status);
 }
 
 tFaultLogTLV::tFaultLogTLV(const tFaultLogTLV& a_other, tStatus& a_status)
-    : tManagementTLV(a_other), m_numberOfFaultRecords(a_other.m_numberOfFaultRecords), m_pad(false)
+    : tCloneable(a_other), m_numberOfFaultRecords(a_other.m_numberOfFaultRecords), m_pad(false)
 {
     for (const std::unique_ptr<tFaultRecord>& pRecord : a_other.m_records)
     {

@@ -44,7 +44,7 @@ private:
 // the records that the data holds: records are made as they are read, so
 // that a count the datagram cannot hold ends in kStatusOutOfBounds before it
 // costs memory.
-class tFaultLogTLV : public tManagementTLV
+class tFaultLogTLV : public tCloneable<tFaultLogTLV, tManagementTLV>
 {
 public:
     tFaultLogTLV();
@@ -56,10 +56,6 @@ public:
     // but are not written.
     [[nodiscard]] tManagementReply handleGet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override
-    {
-        return cloneOf(*this, a_status);
-    }
     void deserializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
     void serializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
 
@@ -80,17 +76,13 @@ private:
 
 // FAULT_LOG_RESET: a COMMAND is acknowledged with the TLV itself; there is
 // no log to clear.
-class tFaultLogResetTLV : public tEmptyManagementTLV
+class tFaultLogResetTLV : public tCloneable<tFaultLogResetTLV, tEmptyManagementTLV>
 {
 public:
-    tFaultLogResetTLV() : tEmptyManagementTLV(nManagementId::FAULT_LOG_RESET) {}
+    tFaultLogResetTLV() : tCloneable(nManagementId::FAULT_LOG_RESET) {}
 
     [[nodiscard]] tManagementReply handleCommand(iPTPNode& a_node, u16 a_portNumber,
                                                  nOrvTarn000::tStatus& a_status) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override
-    {
-        return cloneOf(*this, a_status);
-    }
 };
 
 } // namespace nOrvPTP000

@@ -10,8 +10,8 @@ namespace nOrvPTP000
 {
 
 tManagementErrorStatusTLV::tManagementErrorStatusTLV()
-    : tManagementMessagePayload(kTlvTypeManagementErrorStatus),
-      m_managementErrorId(kManagementErrorNotSupported), m_managementId(0), m_pad(false)
+    : tCloneable(kTlvTypeManagementErrorStatus), m_managementErrorId(kManagementErrorNotSupported),
+      m_managementId(0), m_pad(false)
 {
     tStatus status;
     m_pad = setLength(m_displayData.getSize() + kFixedValueLength, status, 2) != 0;
@@ -19,16 +19,15 @@ tManagementErrorStatusTLV::tManagementErrorStatusTLV()
 
 tManagementErrorStatusTLV::tManagementErrorStatusTLV(u16 a_managementId, u16 a_managementErrorId,
                                                      const char* a_displayData, tStatus& a_status)
-    : tManagementMessagePayload(kTlvTypeManagementErrorStatus),
-      m_managementErrorId(a_managementErrorId), m_managementId(a_managementId),
-      m_displayData(a_displayData, a_status), m_pad(false)
+    : tCloneable(kTlvTypeManagementErrorStatus), m_managementErrorId(a_managementErrorId),
+      m_managementId(a_managementId), m_displayData(a_displayData, a_status), m_pad(false)
 {
     m_pad = setLength(m_displayData.getSize() + kFixedValueLength, a_status, 2) != 0;
 }
 
 tManagementErrorStatusTLV::tManagementErrorStatusTLV(const tManagementErrorStatusTLV& a_other,
                                                      tStatus& a_status)
-    : tManagementMessagePayload(a_other), m_managementErrorId(a_other.m_managementErrorId),
+    : tCloneable(a_other), m_managementErrorId(a_other.m_managementErrorId),
       m_managementId(a_other.m_managementId), m_pad(a_other.m_pad)
 {
     m_displayData.assign(a_other.m_displayData, a_status);
@@ -49,11 +48,6 @@ tTrace& tManagementErrorStatusTLV::trace(tTrace& a_trace)
                            static_cast<unsigned>(m_managementErrorId),
                            static_cast<unsigned>(m_managementId));
     return a_trace.write(m_displayData).write("\n");
-}
-
-std::unique_ptr<tTLV> tManagementErrorStatusTLV::clone(tStatus& a_status) const
-{
-    return cloneOf(*this, a_status);
 }
 
 void tManagementErrorStatusTLV::serializeValue(iSerializableTarget& a_target, tStatus& a_status)

@@ -12,7 +12,8 @@ namespace nOrvPTP000
 // The tTLVFactory makes it directly; the pad is written only behind an error
 // made here, and never read: what follows a received text belongs to the
 // next TLV.
-class tManagementErrorStatusTLV : public tManagementMessagePayload
+class tManagementErrorStatusTLV
+    : public tCloneable<tManagementErrorStatusTLV, tManagementMessagePayload>
 {
 public:
     // NOT_SUPPORTED for managementId 0, no text.
@@ -28,7 +29,6 @@ public:
     void setManagementId(u16 a_managementId, nOrvTarn000::tStatus& a_status) override;
 
     nOrvTarn000::tTrace& trace(nOrvTarn000::tTrace& a_trace) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override;
     void serializeValue(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
     // A value cut short by the end of the data keeps what it got, without
     // error.

@@ -83,26 +83,34 @@ public:
     tManagementReply refusal(nOrvTarn000::tStatus& a_status) const;
 };
 
-// A deep copy of a TLV, through its copy constructor, or through one that
-// takes a status when the class has such (its copies allocate); null when the
-// status is or becomes fatal.
-template <typename tClass>
-std::unique_ptr<tTLV> cloneOf(const tClass& a_original, nOrvTarn000::tStatus& a_status)
+// A TLV of class tSelf, derived from tBase, with the clone of its class: a deep
+// copy through the copy constructor, or through one that takes a status when
+// tSelf has such (its copies allocate); null when the status is or becomes
+// fatal.
+template <typename tSelf, typename tBase>
+class tCloneable : public tBase
 {
-    std::unique_ptr<tClass> pCopy;
-    if constexpr (std::is_constructible<tClass, const tClass&, nOrvTarn000::tStatus&>::value)
+public:
+    using tBase::tBase;
+
+    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override
     {
-        pCopy = nOrvTarn000::makeOwned<tClass>(a_status, a_original, a_status);
+        const tSelf& self = static_cast<const tSelf&>(*this);
+        std::unique_ptr<tSelf> pCopy;
+        if constexpr (std::is_constructible<tSelf, const tSelf&, nOrvTarn000::tStatus&>::value)
+        {
+            pCopy = nOrvTarn000::makeOwned<tSelf>(a_status, self, a_status);
+        }
+        else
+        {
+            pCopy = nOrvTarn000::makeOwned<tSelf>(a_status, self);
+        }
+        if (a_status.isFatal())
+        {
+            return nullptr;
+        }
+        return pCopy;
     }
-    else
-    {
-        pCopy = nOrvTarn000::makeOwned<tClass>(a_status, a_original);
-    }
-    if (a_status.isFatal())
-    {
-        return nullptr;
-    }
-    return pCopy;
-}
+};
 
 } // namespace nOrvPTP000

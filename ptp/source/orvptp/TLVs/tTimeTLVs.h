@@ -16,20 +16,16 @@ namespace nOrvPTP000
 
 // Setting the time steps the clock, and only a clock that is its own
 // grandmaster may be set: any other answers NOT_SUPPORTED.
-class tTimeTLV : public tManagementTLV
+class tTimeTLV : public tCloneable<tTimeTLV, tManagementTLV>
 {
 public:
-    tTimeTLV() : tManagementTLV(nManagementId::TIME) {}
+    tTimeTLV() : tCloneable(nManagementId::TIME) {}
 
     [[nodiscard]] tManagementReply handleGet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
     [[nodiscard]] tManagementReply handleSet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
     nOrvTarn000::tTrace& trace(nOrvTarn000::tTrace& a_trace) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override
-    {
-        return cloneOf(*this, a_status);
-    }
     void deserializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
     void serializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
 
@@ -50,23 +46,16 @@ protected:
     u8 m_flags;
 };
 
-class tUTCPropertiesTLV : public tTimePropertyFlagsTLV
+class tUTCPropertiesTLV : public tCloneable<tUTCPropertiesTLV, tTimePropertyFlagsTLV>
 {
 public:
-    tUTCPropertiesTLV()
-        : tTimePropertyFlagsTLV(nManagementId::UTC_PROPERTIES), m_currentUtcOffset(0)
-    {
-    }
+    tUTCPropertiesTLV() : tCloneable(nManagementId::UTC_PROPERTIES), m_currentUtcOffset(0) {}
 
     [[nodiscard]] tManagementReply handleGet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
     [[nodiscard]] tManagementReply handleSet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
     nOrvTarn000::tTrace& trace(nOrvTarn000::tTrace& a_trace) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override
-    {
-        return cloneOf(*this, a_status);
-    }
     void deserializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
     void serializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
 
@@ -74,43 +63,33 @@ private:
     i16 m_currentUtcOffset;
 };
 
-class tTraceabilityPropertiesTLV : public tTimePropertyFlagsTLV
+class tTraceabilityPropertiesTLV
+    : public tCloneable<tTraceabilityPropertiesTLV, tTimePropertyFlagsTLV>
 {
 public:
-    tTraceabilityPropertiesTLV() : tTimePropertyFlagsTLV(nManagementId::TRACEABILITY_PROPERTIES) {}
+    tTraceabilityPropertiesTLV() : tCloneable(nManagementId::TRACEABILITY_PROPERTIES) {}
 
     [[nodiscard]] tManagementReply handleGet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
     [[nodiscard]] tManagementReply handleSet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
     nOrvTarn000::tTrace& trace(nOrvTarn000::tTrace& a_trace) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override
-    {
-        return cloneOf(*this, a_status);
-    }
     void deserializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
     void serializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
 };
 
 // A SET with an unknown timeSource keeps the clock's timeSource, still sets
 // the ptpTimescale flag, and answers WRONG_VALUE.
-class tTimescalePropertiesTLV : public tTimePropertyFlagsTLV
+class tTimescalePropertiesTLV : public tCloneable<tTimescalePropertiesTLV, tTimePropertyFlagsTLV>
 {
 public:
-    tTimescalePropertiesTLV()
-        : tTimePropertyFlagsTLV(nManagementId::TIMESCALE_PROPERTIES), m_timeSource(0)
-    {
-    }
+    tTimescalePropertiesTLV() : tCloneable(nManagementId::TIMESCALE_PROPERTIES), m_timeSource(0) {}
 
     [[nodiscard]] tManagementReply handleGet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
     [[nodiscard]] tManagementReply handleSet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
     nOrvTarn000::tTrace& trace(nOrvTarn000::tTrace& a_trace) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override
-    {
-        return cloneOf(*this, a_status);
-    }
     void deserializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
     void serializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
 

@@ -98,7 +98,7 @@ tManagementReply tValueTLV<tRow>::handleGet(iPTPNode& a_node, u16 a_portNumber, 
         return tManagementReply();
     }
     m_value = tRow::get(a_node, a_portNumber, a_status);
-    return itselfUnlessFailed(kFailureGetting, a_status);
+    return this->itselfUnlessFailed(kFailureGetting, a_status);
 }
 
 template <typename tRow>
@@ -110,10 +110,10 @@ tManagementReply tValueTLV<tRow>::handleSet(iPTPNode& a_node, u16 a_portNumber, 
     }
     if (!tRow::accepts(m_value))
     {
-        return failure(kManagementErrorWrongValue, tRow::kRefusal, a_status);
+        return this->failure(kManagementErrorWrongValue, tRow::kRefusal, a_status);
     }
     tRow::set(a_node, a_portNumber, m_value, a_status);
-    return itselfUnlessFailed(kFailureSetting, a_status);
+    return this->itselfUnlessFailed(kFailureSetting, a_status);
 }
 
 template <typename tRow>
@@ -123,12 +123,6 @@ tTrace& tValueTLV<tRow>::trace(tTrace& a_trace)
     a_trace.write(tRow::kLabel);
     tRow::tKind::trace(a_trace, m_value);
     return a_trace.write("\n");
-}
-
-template <typename tRow>
-std::unique_ptr<tTLV> tValueTLV<tRow>::clone(tStatus& a_status) const
-{
-    return cloneOf(*this, a_status);
 }
 
 template <typename tRow>

@@ -30,12 +30,12 @@ ORVPTP_VALUE_KIND(HEX, u8)
 // one. A SET first checks the value, then sets it in the management context.
 // tRow is a line of tManagementIds.def, made into a type below.
 template <typename tRow>
-class tValueTLV : public tManagementTLV
+class tValueTLV : public tCloneable<tValueTLV<tRow>, tManagementTLV>
 {
 public:
     typedef typename tRow::tKind::tValue tValue;
 
-    tValueTLV() : tManagementTLV(tRow::kManagementId), m_value() {}
+    tValueTLV() : tCloneable<tValueTLV, tManagementTLV>(tRow::kManagementId), m_value() {}
 
     tValue getValue() const { return m_value; }
 
@@ -44,7 +44,6 @@ public:
     [[nodiscard]] tManagementReply handleSet(iPTPNode& a_node, u16 a_portNumber,
                                              nOrvTarn000::tStatus& a_status) override;
     nOrvTarn000::tTrace& trace(nOrvTarn000::tTrace& a_trace) override;
-    std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const override;
     void deserializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
     void serializeData(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) override;
 
