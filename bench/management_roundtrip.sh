@@ -11,7 +11,7 @@ set -uo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 clock=$1
 requests=${2:-1000}
-# shellcheck source=../tests/netns/clock_common.sh
+# shellcheck source-path=SCRIPTDIR source=../tests/netns/clock_common.sh
 source "${here}/../tests/netns/clock_common.sh"
 netns_require_root
 for tool in pmc tshark; do

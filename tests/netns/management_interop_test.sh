@@ -40,11 +40,11 @@ ptp4l_config "${work}/ptp4l.cfg" "${PTP4L_SLAVE[@]}"
 netns_run 1 130 "${clock}" --interface "${NETNS_DEVICE}" --priority1 100 "${CLOCK_FAST[@]}" \
   --duration 120 >"${ours}" 2>&1 &
 ptp4l_run 3 130 "${work}/ptp4l.cfg" >"${theirs}" 2>&1 &
-wait_for_line "${ours}" '-> MASTER$' 15 && wait_for_line "${theirs}" 'to SLAVE on' 20 || {
+if ! wait_for_line "${ours}" '-> MASTER$' 15 || ! wait_for_line "${theirs}" 'to SLAVE on' 20; then
   echo "FAIL: our clock did not become master of ptp4l" >&2
   cat "${ours}" "${theirs}"
   exit 1
-}
+fi
 dotted=$(awk '/^clock / { print $2; exit }' "${ours}")
 identity=${dotted//./}
 mac=$(netns_mac 2)
@@ -92,10 +92,10 @@ poll() {
 echo "=== 1. pmc: every managementId it knows, and the SETs it can send"
 known=$(netns_run 2 5 pmc -u -b 0 -s "${work}/none" help 2>&1 | awk '$1 == "[action]" { print $2 }')
 commands=()
-for name in $(grep -oE '^ORVPTP_MANAGEMENT(_VALUE)?_TLV\(0x[0-9A-F]+, [A-Z0-9_]+' "${table}" |
-  awk '{ print $2 }'); do
+while read -r name; do
   grep -qx "${name}" <<<"${known}" && commands+=("GET ${name}")
-done
+done < <(grep -oE '^ORVPTP_MANAGEMENT(_VALUE)?_TLV\(0x[0-9A-F]+, [A-Z0-9_]+' "${table}" |
+  awk '{ print $2 }')
 commands+=("SET PRIORITY1 60" "SET PRIORITY2 61" "GET PRIORITY1" "GET PRIORITY2")
 pmc_ask "${commands[@]}" | tee "${work}/pmc.txt"
 check "pmc sent ${#commands[@]} requests and got as many answers" \
