@@ -2,6 +2,8 @@
 
 #include "orvtarn/quarks/tMutexGuard.h"
 
+#include <algorithm>
+
 namespace zelmarPluginCore_1_0
 {
 
@@ -95,6 +97,15 @@ void tDeferredActionQueue::queueAfter(iDeferredAction* a_pAction, u32 a_delayMs,
 void tDeferredActionQueue::queue(iDeferredAction* a_pAction, tStatus& a_status)
 {
     queueAfter(a_pAction, 0, a_status);
+}
+
+void tDeferredActionQueue::cancel(iDeferredAction* a_pAction)
+{
+    // Should the lock fail, the entries go all the same: they would point at
+    // an object that is gone.
+    tStatus lockStatus;
+    tMutexGuard guard(m_mutex, lockStatus);
+    m_actions.erase(std::remove(m_actions.begin(), m_actions.end(), a_pAction), m_actions.end());
 }
 
 void tDeferredActionQueue::run(tStatus& a_status)

@@ -43,6 +43,10 @@ public:
     // list cannot grow: the action is then armed but not queued.
     void queueAfter(iDeferredAction* a_pAction, u32 a_delayMs, tStatus& a_status);
     void queue(iDeferredAction* a_pAction, tStatus& a_status);
+    // Takes every entry of a_pAction out of the list, for an owner about to
+    // go. The action must not be running meanwhile: call it on the worker,
+    // or once the worker has stopped.
+    void cancel(iDeferredAction* a_pAction);
 
     // The worker. Each pass runs on a status of its own, so that one failed
     // pass does not end the service before stop; the first failure is kept as

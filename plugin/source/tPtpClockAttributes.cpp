@@ -18,7 +18,6 @@ namespace
 
 enum : u32
 {
-    kMacAddressTextSize = 18,
     kMaxTtl = 255,
     kDefaultTtl = 1
 };
@@ -52,12 +51,6 @@ tString readText(tStaticAttributes& a_rAttributes, const char* a_pKey, const cha
                  tStatus& a_status)
 {
     return a_rAttributes.getString(a_pKey, a_pDefault, a_status);
-}
-
-void formatMacAddress(const u8* a_pAddress, char (&a_rText)[kMacAddressTextSize])
-{
-    std::snprintf(a_rText, sizeof(a_rText), "%02X-%02X-%02X-%02X-%02X-%02X", a_pAddress[0],
-                  a_pAddress[1], a_pAddress[2], a_pAddress[3], a_pAddress[4], a_pAddress[5]);
 }
 
 // The MAC address of the last device whose IP address is orv_emb's primary
@@ -140,6 +133,12 @@ void tPtpClockAttributes::read(tStaticAttributes& a_rAttributes, tStatus& a_stat
     field = treatment(a_rAttributes, key, default, a_status);
 #include "tPtpClockAttributes.def"
 #undef ZM_PTP_CLOCK_ATTRIBUTE
+}
+
+void formatMacAddress(const u8* a_pAddress, char (&a_rText)[kMacAddressTextSize])
+{
+    std::snprintf(a_rText, sizeof(a_rText), "%02X-%02X-%02X-%02X-%02X-%02X", a_pAddress[0],
+                  a_pAddress[1], a_pAddress[2], a_pAddress[3], a_pAddress[4], a_pAddress[5]);
 }
 
 u8 readMulticastMsgTTL(tStaticAttributes& a_rAttributes, tStatus& a_status)

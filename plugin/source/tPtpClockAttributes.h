@@ -40,11 +40,31 @@ public:
     u8 m_clockIdentity[kClockIdentitySize];
 };
 
+// The key in the file of an attribute of the table, by its field:
+// tAttributeKey<&tPtpClockAttributes::m_priority1>::kKey is "PriorityOne".
+template <auto kField>
+struct tAttributeKey;
+#define ZM_PTP_CLOCK_ATTRIBUTE(field, type, key, treatment, default)                               \
+    template <>                                                                                    \
+    struct tAttributeKey<&tPtpClockAttributes::field>                                              \
+    {                                                                                              \
+        static constexpr const char* kKey = key;                                                   \
+    };
+#include "tPtpClockAttributes.def"
+#undef ZM_PTP_CLOCK_ATTRIBUTE
+
 // The keys outside the table: the MAC address, and two the plug-in object
 // reads for itself.
 constexpr char kEthernetMacAddressKey[] = "EthernetMacAddress";
 constexpr char kMulticastMsgTTLKey[] = "MulticastMsgTTL";
 constexpr char kUseUtcOffsetKey[] = "UseUtcOffset";
+
+enum : u32
+{
+    kMacAddressTextSize = 18
+};
+// The address as "%02X-%02X-%02X-%02X-%02X-%02X".
+void formatMacAddress(const u8* a_pAddress, char (&a_rText)[kMacAddressTextSize]);
 
 // "MulticastMsgTTL", default 1; a number above 255 is kStatusInvalidArgument.
 [[nodiscard]] u8 readMulticastMsgTTL(zelmarPluginCore_1_0::tStaticAttributes& a_rAttributes,

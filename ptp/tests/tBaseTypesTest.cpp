@@ -4,6 +4,7 @@
 // samples.
 #include "orvptp/tClockIdentity.h"
 #include "orvptp/tClockQuality.h"
+#include "orvptp/tLogInterval.h"
 #include "orvptp/tPTPText.h"
 #include "orvptp/tPortAddress.h"
 #include "orvptp/tPortIdentity.h"
@@ -321,3 +322,16 @@ TEST(PTPTextTest, LengthLimitCopiesAndReplacement)
 }
 
 } // namespace
+
+// Any log interval a peer or management sends sets a timer within bounds:
+// no tight loop below, nothing that outgrows its milliseconds above.
+TEST(LogIntervalTest, ShiftsWithinItsBounds)
+{
+    const std::pair<i8, u32> cases[] = {{-128, 7},     {-10, 7},      {-7, 7},
+                                        {-1, 500},     {0, 1000},     {3, 8000},
+                                        {12, 4096000}, {13, 4096000}, {127, 4096000}};
+    for (const std::pair<i8, u32>& c : cases)
+    {
+        EXPECT_EQ(c.second, nOrvPTP000::logIntervalToMilliseconds(c.first)) << int(c.first);
+    }
+}

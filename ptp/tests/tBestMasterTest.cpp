@@ -158,18 +158,18 @@ TEST_F(BestMasterTest, NoForeignMasterListeningStaysOtherwiseMaster)
 {
     m_output.setDecision(1, tStateDecision(kDecisionMaster, kUpdateM2, nullptr), m_status);
     expectDecision(run(), kDecisionListening, kUpdateM1, nullptr);
-    m_node.m_portState = kPortStateMaster;
+    m_node.put<PORT_STATE>(kPortStateMaster);
     expectDecision(run(), kDecisionMaster, kUpdateM2, nullptr);
-    m_node.m_clockClass = 248;
+    m_node.put<CLOCK_CLASS>(248);
     expectDecision(run(), kDecisionMaster, kUpdateM2, nullptr);
-    m_node.m_clockClass = 6;
+    m_node.put<CLOCK_CLASS>(6);
     expectDecision(run(), kDecisionMaster, kUpdateM1, nullptr);
     EXPECT_EQ(m_status.getCode(), 0);
 }
 
 TEST_F(BestMasterTest, LocalClockAgainstForeignMasters)
 {
-    m_node.m_priority1 = 100;
+    m_node.put<PRIORITY1>(100);
     qualified(tAnnounceBuilder(clockId(0x01)).priority1(101));
     qualified(tAnnounceBuilder(clockId(0x02)).priority1(120));
     expectDecision(run(), kDecisionMaster, kUpdateM2, nullptr);
@@ -178,7 +178,7 @@ TEST_F(BestMasterTest, LocalClockAgainstForeignMasters)
     // A better one makes the one port slave, in any state.
     const tAnnounceMessage* pBest = qualified(tAnnounceBuilder(clockId(0x03)).priority1(10));
     expectDecision(run(), kDecisionSlave, kUpdateS1, pBest);
-    m_node.m_portState = kPortStateSlave;
+    m_node.put<PORT_STATE>(kPortStateSlave);
     expectDecision(run(), kDecisionSlave, kUpdateS1, pBest);
     EXPECT_EQ(m_status.getCode(), 0);
 }
@@ -188,7 +188,7 @@ TEST_F(BestMasterTest, OneAnnounceIsNotEnoughToTakePart)
     const tAnnounceBuilder better = tAnnounceBuilder(clockId(0x01)).priority1(10);
     receive(better);
     expectDecision(run(), kDecisionListening, kUpdateM1, nullptr);
-    m_node.m_portState = kPortStateMaster;
+    m_node.put<PORT_STATE>(kPortStateMaster);
     expectDecision(run(), kDecisionMaster, kUpdateM2, nullptr);
     EXPECT_EQ(records(), 1u);
 
@@ -217,19 +217,19 @@ TEST_F(BestMasterTest, MasterOnlyClassesAreMasterOrPassiveNeverSlave)
 {
     const tAnnounceMessage* pBetter = qualified(tAnnounceBuilder(clockId(0x01)).clockClass(6));
 
-    m_node.m_clockClass = 13;
+    m_node.put<CLOCK_CLASS>(13);
     expectDecision(run(), kDecisionPassive, kUpdateP1, pBetter);
-    m_node.m_clockClass = 127;
+    m_node.put<CLOCK_CLASS>(127);
     expectDecision(run(), kDecisionPassive, kUpdateP1, pBetter);
-    m_node.m_clockClass = 128;
+    m_node.put<CLOCK_CLASS>(128);
     expectDecision(run(), kDecisionSlave, kUpdateS1, pBetter);
     // Class 0 is not a master-only class either.
-    m_node.m_clockClass = 0;
+    m_node.put<CLOCK_CLASS>(0);
     expectDecision(run(), kDecisionMaster, kUpdateM2, nullptr);
 
-    m_node.m_clockClass = 1;
+    m_node.put<CLOCK_CLASS>(1);
     expectDecision(run(), kDecisionMaster, kUpdateM1, nullptr);
-    m_node.m_clockClass = 7;
+    m_node.put<CLOCK_CLASS>(7);
     expectDecision(run(), kDecisionPassive, kUpdateP1, pBetter);
     EXPECT_EQ(m_status.getCode(), 0);
 }
@@ -237,8 +237,8 @@ TEST_F(BestMasterTest, MasterOnlyClassesAreMasterOrPassiveNeverSlave)
 // Slave-only is the port states' business: the decision does not read it.
 TEST_F(BestMasterTest, SlaveOnlyDoesNotChangeTheDecision)
 {
-    m_node.m_slaveOnly = true;
-    m_node.m_portState = kPortStateMaster;
+    m_node.put<SLAVE_ONLY>(true);
+    m_node.put<PORT_STATE>(kPortStateMaster);
     expectDecision(run(), kDecisionMaster, kUpdateM2, nullptr);
 }
 
@@ -252,7 +252,7 @@ TEST_F(BestMasterTest, AComparisonErrorStopsTheRunWithoutDanglingDecisions)
     qualified(tAnnounceBuilder(clockId(0x02))
                   .priority1(10)
                   .stepsRemoved(3)
-                  .sender(tPortIdentity(m_node.m_clockIdentity, 1)));
+                  .sender(tPortIdentity(m_node.getClockIdentity(), 1)));
     m_output.setDecision(1, tStateDecision(kDecisionSlave, kUpdateS1, pFirst), m_status);
 
     run();
@@ -280,8 +280,8 @@ TEST(TwoPortBestMasterTest, EbestPortIsSlaveAndTheOtherIsMaster)
     tForeignMasterDS table1(status);
     tForeignMasterDS table2(status);
     tBMCOutput output(2, status);
-    node.m_numberPorts = 2;
-    node.m_portState = kPortStateMaster;
+    node.put<NUMBER_PORTS>(2);
+    node.put<PORT_STATE>(kPortStateMaster);
     node.m_tables[0] = &table1;
     node.m_tables[1] = &table2;
     const tAnnounceBuilder worse = tAnnounceBuilder(clockId(1)).priority1(20);

@@ -160,11 +160,11 @@ TEST_F(DataSetComparisonTest, ImpossibleTopologiesAreErrors)
 
 TEST_F(DataSetComparisonTest, LocalClockRanksByItsDefaultDataSet)
 {
-    m_node.m_priority1 = 100;
-    m_node.m_clockClass = 13;
-    m_node.m_clockAccuracy = 0x22;
-    m_node.m_offsetScaledLogVariance = 0x5000;
-    m_node.m_priority2 = 50;
+    m_node.put<PRIORITY1>(100);
+    m_node.put<CLOCK_CLASS>(13);
+    m_node.put<CLOCK_ACCURACY>(0x22);
+    m_node.put<OFFSET_SCALED_LOG_VARIANCE>(0x5000);
+    m_node.put<PRIORITY2>(50);
     const tAnnounceBuilder same =
         gm(0x01).priority1(100).clockClass(13).clockAccuracy(0x22).variance(0x5000).priority2(50);
     expectLocal({
@@ -186,7 +186,7 @@ TEST_F(DataSetComparisonTest, LocalClockRanksByItsDefaultDataSet)
 // the sender; zero steps and the clock identities alone decide.
 TEST_F(DataSetComparisonTest, LocalClockAgainstItsOwnAnnounceRelayed)
 {
-    const tClockIdentity local = m_node.m_clockIdentity;
+    const tClockIdentity local = m_node.getClockIdentity();
     auto relayed = [&](const tPortIdentity& a_sender, u16 a_steps)
     { return tAnnounceBuilder(local).sender(a_sender).stepsRemoved(a_steps).priority1(0); };
     expectLocal({

@@ -69,7 +69,7 @@ protected:
         {
             if ((*it)->getSender() == a_sender)
             {
-                return it->get();
+                return *it;
             }
         }
         return nullptr;

@@ -64,7 +64,7 @@ struct tAnnounceBody
 };
 
 // What a sender puts into a message, in the order of its fields.
-struct tMessageSpec
+struct tMessageFields
 {
     u8 messageType;
     u8 domainNumber;
@@ -92,7 +92,7 @@ std::unique_ptr<tPTPMessage> withTimestamp(void (tMessage::*a_set)(const tTimest
     return pMessage;
 }
 
-inline std::unique_ptr<tPTPMessage> makeBody(const tMessageSpec& a_spec, tStatus& a_status)
+inline std::unique_ptr<tPTPMessage> makeBody(const tMessageFields& a_spec, tStatus& a_status)
 {
     const tTimestamp time(a_spec.seconds, a_spec.nanoseconds);
     switch (a_spec.messageType)
@@ -133,7 +133,7 @@ inline std::unique_ptr<tPTPMessage> makeBody(const tMessageSpec& a_spec, tStatus
 }
 
 // The message as a sender builds it; null for a kind that is only received.
-inline std::unique_ptr<tPTPMessage> makeMessage(const tMessageSpec& a_spec, tStatus& a_status)
+inline std::unique_ptr<tPTPMessage> makeMessage(const tMessageFields& a_spec, tStatus& a_status)
 {
     std::unique_ptr<tPTPMessage> pMessage = makeBody(a_spec, a_status);
     if (pMessage == nullptr)
@@ -171,7 +171,7 @@ inline std::unique_ptr<tPTPMessage> makeMessage(const tMessageSpec& a_spec, tSta
 struct tMessageSample
 {
     const char* m_name;
-    tMessageSpec m_spec;
+    tMessageFields m_spec;
     tBytes m_bytes;
     const char* m_beginTrace;
     const char* m_bodyTrace;

@@ -1,130 +1,44 @@
 #include "orvptp/tPTPDispatcher.h"
-#include "tManualClock.h"
+#include "tTestEvents.h"
 
 #include <gtest/gtest.h>
 
-#include <condition_variable>
-#include <mutex>
 #include <string>
 #include <thread>
-#include <vector>
 
 using namespace nOrvPTP000;
+using namespace nTestEvents;
 using nOrvTarn000::tClockedEvent;
 using nOrvTarn000::tEvent;
-using nOrvTarn000::tManualClock;
-using tEntries = std::vector<std::string>;
 
 namespace
 {
 
-// What happened to the test events, in order.
-class tJournal
-{
-public:
-    void add(const std::string& a_entry)
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        m_entries.push_back(a_entry);
-        m_changed.notify_all();
-    }
-    tEntries take()
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        tEntries entries;
-        entries.swap(m_entries);
-        return entries;
-    }
-    // For what a thread outside the clock's view does.
-    bool waitFor(const std::string& a_entry)
-    {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        return m_changed.wait_for(lock, std::chrono::seconds(10),
-                                  [&]
-                                  {
-                                      for (const std::string& entry : m_entries)
-                                      {
-                                          if (entry == a_entry)
-                                          {
-                                              return true;
-                                          }
-                                      }
-                                      return false;
-                                  });
-    }
-
-private:
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    tEntries m_entries;
-};
-
-class tTestEvent : public iPTPEvent
-{
-public:
-    tTestEvent(tJournal& a_rJournal, const std::string& a_name, i32 a_kind, bool a_allowed)
-        : m_rJournal(a_rJournal), m_name(a_name), m_kind(a_kind), m_allowed(a_allowed)
-    {
-    }
-    ~tTestEvent() override { m_rJournal.add("delete " + m_name); }
-    bool allowedWhenStopped() override { return m_allowed; }
-    i32 getEventKind() override { return m_kind; }
-    void execute(tStatus& a_status) override
-    {
-        m_rJournal.add("execute " + m_name);
-        if (m_failure != 0)
-        {
-            ORVTARN_SET_CODE(a_status, m_failure);
-        }
-        if (m_pDone != nullptr)
-        {
-            m_pDone->signal();
-        }
-        if (m_pGate != nullptr)
-        {
-            tStatus gateStatus;
-            m_pGate->wait(tEvent::kInfinite, gateStatus);
-        }
-        if (m_pPostTo != nullptr)
-        {
-            tStatus postStatus;
-            std::unique_ptr<iPTPEvent> pChild(
-                new tTestEvent(m_rJournal, "child", kOtherEvent, false));
-            m_pPostTo->post(pChild, postStatus);
-            m_rJournal.add("posted " + std::to_string(postStatus.getCode()));
-        }
-    }
-    void abandon(tStatus&) override { m_rJournal.add("abandon " + m_name); }
-
-    tJournal& m_rJournal;
-    std::string m_name;
-    i32 m_kind;
-    bool m_allowed;
-    i32 m_failure = 0;
-    tEvent* m_pDone = nullptr;           // signalled when executed
-    tClockedEvent* m_pGate = nullptr;    // execution waits for it
-    tPTPDispatcher* m_pPostTo = nullptr; // posts a child after the gate
-};
-
 struct DispatcherTest : testing::Test
 {
-    DispatcherTest() : m_gate(m_clock, true, m_status), m_dispatcher(m_clock, m_status) {}
+    DispatcherTest()
+        : m_journal(m_clock), m_gate(m_clock, true, m_status), m_dispatcher(m_clock, m_status)
+    {
+    }
 
     std::unique_ptr<tTestEvent> event(const std::string& a_name,
-                                      i32 a_kind = iPTPEvent::kOtherEvent, bool a_allowed = false)
+                                      i32 a_kind = iPTPEvent::kOtherEvent, bool a_allowed = false,
+                                      tTestEvent::tAction a_action = nullptr)
     {
-        return std::unique_ptr<tTestEvent>(new tTestEvent(m_journal, a_name, a_kind, a_allowed));
+        return std::unique_ptr<tTestEvent>(
+            new tTestEvent(m_journal, a_name, a_kind, a_allowed, a_action));
     }
-    std::unique_ptr<tTestEvent> stoppable(const std::string& a_name)
+    std::unique_ptr<tTestEvent> stoppable(const std::string& a_name,
+                                          tTestEvent::tAction a_action = nullptr)
     {
-        return event(a_name, iPTPEvent::kOtherEvent, true);
+        return event(a_name, iPTPEvent::kOtherEvent, true, a_action);
     }
     // Posts and returns the code.
-    i32 post(std::unique_ptr<tTestEvent> a_pEvent)
+    i32 post(std::unique_ptr<tTestEvent> a_pEvent, tPTPDispatcher* a_pDispatcher = nullptr)
     {
         tStatus postStatus;
         std::unique_ptr<iPTPEvent> pEvent(std::move(a_pEvent));
-        m_dispatcher.post(pEvent, postStatus);
+        (a_pDispatcher != nullptr ? *a_pDispatcher : m_dispatcher).post(pEvent, postStatus);
         return postStatus.getCode();
     }
     void start()
@@ -133,14 +47,25 @@ struct DispatcherTest : testing::Test
         ASSERT_TRUE(m_clock.settle());
         m_journal.take();
     }
-    // Holds the dispatcher inside one event until m_gate opens, so that what
-    // is posted meanwhile arrives as one batch.
+    // An event that holds its dispatcher until m_gate opens, so that what is
+    // posted meanwhile arrives as one batch; then it posts a child to a_pPostTo.
+    std::unique_ptr<tTestEvent> blocker(tPTPDispatcher* a_pPostTo)
+    {
+        return stoppable("blocker",
+                         [this, a_pPostTo](tStatus&)
+                         {
+                             tStatus gateStatus;
+                             m_gate.wait(tEvent::kInfinite, gateStatus);
+                             if (a_pPostTo != nullptr)
+                             {
+                                 const i32 code = post(event("child"), a_pPostTo);
+                                 m_journal.add("posted " + std::to_string(code));
+                             }
+                         });
+    }
     void block(tPTPDispatcher* a_pPostTo = nullptr)
     {
-        std::unique_ptr<tTestEvent> pBlocker = stoppable("blocker");
-        pBlocker->m_pGate = &m_gate;
-        pBlocker->m_pPostTo = a_pPostTo;
-        ASSERT_EQ(0, post(std::move(pBlocker)));
+        ASSERT_EQ(0, post(blocker(a_pPostTo)));
         ASSERT_TRUE(m_clock.settle());
     }
     void release()
@@ -155,6 +80,11 @@ struct DispatcherTest : testing::Test
     tClockedEvent m_gate;
     tPTPDispatcher m_dispatcher;
 };
+
+tTestEvent::tAction failWith(i32 a_code)
+{
+    return [a_code](tStatus& a_status) { ORVTARN_SET_CODE(a_status, a_code); };
+}
 
 } // namespace
 
@@ -236,16 +166,12 @@ TEST_F(DispatcherTest, StopInsideBatchAbandonsWhatFollowsButStoppableEvents)
 TEST_F(DispatcherTest, FailuresOfHandlersEndWithTheirEvent)
 {
     start();
-    std::unique_ptr<tTestEvent> pStop = event("stop", iPTPEvent::kStopEvent, true);
-    pStop->m_failure = nOrvTarn000::kStatusInternalError;
-    post(std::move(pStop));
+    post(event("stop", iPTPEvent::kStopEvent, true, failWith(nOrvTarn000::kStatusInternalError)));
     ASSERT_TRUE(m_clock.settle());
     // A failed stop still enters Stopped.
     EXPECT_EQ(nOrvTarn000::kStatusSystemError, post(event("late")));
 
-    std::unique_ptr<tTestEvent> pFailing = stoppable("failing");
-    pFailing->m_failure = nOrvTarn000::kStatusInternalError;
-    post(std::move(pFailing));
+    post(stoppable("failing", failWith(nOrvTarn000::kStatusInternalError)));
     post(event("start", iPTPEvent::kStartEvent, true));
     ASSERT_TRUE(m_clock.settle());
     post(event("after"));
@@ -269,18 +195,12 @@ TEST_F(DispatcherTest, EventPostedByAHandlerRunsInTheNextBatch)
 TEST_F(DispatcherTest, DestructionDeletesQueuedEventsUnrunAndRefusesLatePosts)
 {
     std::unique_ptr<tPTPDispatcher> pDispatcher(new tPTPDispatcher(m_clock, m_status));
-    std::unique_ptr<tTestEvent> pBlocker = stoppable("blocker");
-    pBlocker->m_pGate = &m_gate;
-    pBlocker->m_pPostTo = pDispatcher.get();
-    std::unique_ptr<iPTPEvent> pEvent(std::move(pBlocker));
-    pDispatcher->post(pEvent, m_status);
+    ASSERT_EQ(0, post(blocker(pDispatcher.get()), pDispatcher.get()));
     ASSERT_TRUE(m_clock.settle());
     for (const char* name : {"queued1", "queued2"})
     {
-        std::unique_ptr<iPTPEvent> pQueued(stoppable(name));
-        pDispatcher->post(pQueued, m_status);
+        ASSERT_EQ(0, post(stoppable(name), pDispatcher.get()));
     }
-    ASSERT_TRUE(m_status.isNotFatal());
 
     // The destructor empties the queue, then waits for the batch in progress,
     // whose post comes too late.
@@ -289,8 +209,8 @@ TEST_F(DispatcherTest, DestructionDeletesQueuedEventsUnrunAndRefusesLatePosts)
     m_gate.signal();
     destroyer.join();
     const std::string cancelled = "posted " + std::to_string(nOrvTarn000::kStatusCancelled);
-    EXPECT_EQ((tEntries{"execute blocker", "delete queued1", "delete queued2", cancelled,
-                        "delete child", "delete blocker"}),
+    EXPECT_EQ((tEntries{"execute blocker", "delete queued1", "delete queued2", "delete child",
+                        cancelled, "delete blocker"}),
               m_journal.take());
 }
 
@@ -298,10 +218,10 @@ TEST_F(DispatcherTest, PostEventAndWaitReturnsAfterTheHandlerRan)
 {
     start();
     tEvent done(m_status);
-    std::unique_ptr<tTestEvent> pGet = event("get");
-    pGet->m_pDone = &done;
     tStatus waitStatus;
-    m_dispatcher.postEventAndWait(std::move(pGet), &done, waitStatus);
+    m_dispatcher.postEventAndWait(
+        event("get", iPTPEvent::kOtherEvent, false, [&done](tStatus&) { done.signal(); }), &done,
+        waitStatus);
     EXPECT_TRUE(waitStatus.isNotFatal());
     EXPECT_EQ("execute get", m_journal.take().front());
 

@@ -12,6 +12,7 @@
 #include <functional>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 using namespace nOrvPTP000;
@@ -134,6 +135,11 @@ TEST_F(PortNetworkMaintainerTest, AFailedSendIsOneNetworkErrorAfterTheHandler)
 TEST_F(PortNetworkMaintainerTest, AReceiveFailureIsOneNetworkErrorAndACancelEndsQuietly)
 {
     onDispatcher([this](tStatus& a_status) { m_maintainer.start(&m_node, a_status); });
+    // The receive thread is one the clock knows from its first wait on.
+    while (!m_network.isReceiving(m_id))
+    {
+        std::this_thread::yield();
+    }
     tStatus status;
     tProtocolDataUnit packet(status);
     packet.writeOctets(reinterpret_cast<const u8*>("datagram"), 8, status);

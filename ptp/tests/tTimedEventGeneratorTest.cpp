@@ -1,12 +1,10 @@
 #include "orvptp/tTimedEventGenerator.h"
-#include "tManualClock.h"
+#include "tTestEvents.h"
 
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace nOrvPTP000
@@ -21,96 +19,12 @@ public:
 
 using namespace nOrvPTP000;
 using namespace nOrvTarn000;
-using tNames = std::vector<std::string>;
+using namespace nTestEvents;
 
 namespace
 {
 
 const u64 kMs = tManualClock::kMillisecond;
-
-// What generators and events did, with the clock's time in milliseconds.
-class tLog
-{
-public:
-    explicit tLog(tManualClock& a_rClock) : m_rClock(a_rClock) {}
-    void add(const std::string& a_text)
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        m_entries.push_back({a_text, m_rClock.now() / kMs});
-    }
-    int count(const std::string& a_text) { return static_cast<int>(times(a_text).size()); }
-    std::vector<u64> times(const std::string& a_text)
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        std::vector<u64> result;
-        for (const tEntry& entry : m_entries)
-        {
-            if (entry.m_text == a_text)
-            {
-                result.push_back(entry.m_ms);
-            }
-        }
-        return result;
-    }
-    // The entries that begin with a_prefix, in order, without it.
-    tNames with(const std::string& a_prefix)
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        tNames result;
-        for (const tEntry& entry : m_entries)
-        {
-            if (entry.m_text.rfind(a_prefix, 0) == 0)
-            {
-                result.push_back(entry.m_text.substr(a_prefix.size()));
-            }
-        }
-        return result;
-    }
-
-    int m_eventsMade = 0;
-    int m_eventsFreed = 0;
-
-private:
-    struct tEntry
-    {
-        std::string m_text;
-        u64 m_ms;
-    };
-    tManualClock& m_rClock;
-    std::mutex m_mutex;
-    std::vector<tEntry> m_entries;
-};
-
-// Logs "run <name>" or "abandon <name>"; counts its life in the log.
-class tTestEvent : public iPTPEvent
-{
-public:
-    tTestEvent(tLog& a_rLog, const std::string& a_name, std::function<void()> a_action = nullptr)
-        : m_rLog(a_rLog), m_name(a_name), m_action(a_action)
-    {
-        ++m_rLog.m_eventsMade;
-    }
-    ~tTestEvent() override { ++m_rLog.m_eventsFreed; }
-    bool allowedWhenStopped() override { return m_name == "start"; }
-    i32 getEventKind() override { return m_name == "start" ? kStartEvent : kOtherEvent; }
-    void execute(tStatus&) override
-    {
-        if (m_name != "start")
-        {
-            m_rLog.add("run " + m_name);
-        }
-        if (m_action)
-        {
-            m_action();
-        }
-    }
-    void abandon(tStatus&) override { m_rLog.add("abandon " + m_name); }
-
-private:
-    tLog& m_rLog;
-    std::string m_name;
-    std::function<void()> m_action;
-};
 
 enum tMode
 {
@@ -125,7 +39,7 @@ enum tMode
 class tTestGenerator : public iPTPEventGenerator
 {
 public:
-    tTestGenerator(tLog& a_rLog, const std::string& a_name, std::vector<tMode> a_modes)
+    tTestGenerator(tJournal& a_rLog, const std::string& a_name, std::vector<tMode> a_modes)
         : m_rLog(a_rLog), m_name(a_name), m_modes(a_modes)
     {
     }
@@ -161,7 +75,7 @@ public:
     tClockedEvent* m_pGate = nullptr;
 
 private:
-    tLog& m_rLog;
+    tJournal& m_rLog;
     std::string m_name;
     std::vector<tMode> m_modes;
     size_t m_turn = 0;
@@ -175,6 +89,9 @@ struct TimedEventGeneratorTest : testing::Test
     {
         post(m_dispatcher, "start");
         EXPECT_TRUE(m_clock.settle());
+        // The start is done with: the log begins after it.
+        m_log.take();
+        m_log.m_eventsMade = 0;
     }
 
     std::unique_ptr<tTestGenerator> gen(const std::string& a_name,
@@ -183,9 +100,12 @@ struct TimedEventGeneratorTest : testing::Test
         return std::unique_ptr<tTestGenerator>(new tTestGenerator(m_log, a_name, a_modes));
     }
     void post(tPTPDispatcher& a_rDispatcher, const std::string& a_name,
-              std::function<void()> a_action = nullptr)
+              tTestEvent::tAction a_action = nullptr)
     {
-        std::unique_ptr<iPTPEvent> pEvent(new tTestEvent(m_log, a_name, a_action));
+        const bool start = a_name == "start";
+        std::unique_ptr<iPTPEvent> pEvent(
+            new tTestEvent(m_log, a_name, start ? iPTPEvent::kStartEvent : iPTPEvent::kOtherEvent,
+                           start, a_action));
         tStatus postStatus;
         a_rDispatcher.post(pEvent, postStatus);
         EXPECT_TRUE(postStatus.isNotFatal());
@@ -195,7 +115,7 @@ struct TimedEventGeneratorTest : testing::Test
     tManualClock m_clock;
     tStatus m_status;
     // Before the dispatcher: it outlives the events that log.
-    tLog m_log;
+    tJournal m_log;
     tPTPDispatcher m_dispatcher;
     tTimedEventGenerator m_timers;
 };
@@ -211,9 +131,9 @@ TEST_F(TimedEventGeneratorTest, ExpiriesComeAtTheirTimeAndEqualOnesInOrderOfArmi
         m_timers.addOneShot(gen(name), name[0] == 'B' || name[0] == 'E' ? 10 : 30, m_status);
     }
     runFor(40);
-    EXPECT_EQ((tNames{"B", "E", "A", "C", "D"}), m_log.with("run "));
-    EXPECT_EQ((std::vector<u64>{10}), m_log.times("run E"));
-    EXPECT_EQ((std::vector<u64>{30}), m_log.times("run D"));
+    EXPECT_EQ((tEntries{"B", "E", "A", "C", "D"}), m_log.with("execute "));
+    EXPECT_EQ((std::vector<u64>{10}), m_log.times("execute E"));
+    EXPECT_EQ((std::vector<u64>{30}), m_log.times("execute D"));
 }
 
 // A thread held in a generator leaves the records behind it unbrought up to
@@ -232,8 +152,8 @@ TEST_F(TimedEventGeneratorTest, DelayZeroFiresAfterRecordsAlreadyDue)
     ASSERT_TRUE(m_clock.settle());
     EXPECT_NE(0u, m_timers.addOneShot(gen("Z"), 0, m_status));
     runFor(0);
-    EXPECT_EQ((tNames{"hold", "A", "B", "Z"}), m_log.with("run "));
-    EXPECT_EQ((std::vector<u64>{60}), m_log.times("run Z"));
+    EXPECT_EQ((tEntries{"hold", "A", "B", "Z"}), m_log.with("execute "));
+    EXPECT_EQ((std::vector<u64>{60}), m_log.times("execute Z"));
     EXPECT_TRUE(m_status.isNotFatal());
 }
 
@@ -249,7 +169,7 @@ TEST_F(TimedEventGeneratorTest, RemovedTimerNeverFiresAndFollowersKeepTheirTime)
     m_timers.remove(idC, m_status);
     runFor(100);
     EXPECT_TRUE(m_status.isNotFatal());
-    EXPECT_EQ((tNames{"B", "D"}), m_log.with("gen "));
+    EXPECT_EQ((tEntries{"B", "D"}), m_log.with("gen "));
     EXPECT_EQ((std::vector<u64>{80}), m_log.times("gen B"));
     EXPECT_EQ((std::vector<u64>{160}), m_log.times("gen D"));
 }
@@ -259,14 +179,14 @@ TEST_F(TimedEventGeneratorTest, PeriodicTimerRunsUntilRemovedAndPeriodZeroOnce)
     const u32 onceId = m_timers.add(gen("once"), 5, 0, m_status);
     const u32 id = m_timers.add(gen("P"), 0, 5, m_status);
     runFor(22);
-    EXPECT_EQ((std::vector<u64>{0, 5, 10, 15, 20}), m_log.times("run P"));
-    EXPECT_EQ(1, m_log.count("run once"));
+    EXPECT_EQ((std::vector<u64>{0, 5, 10, 15, 20}), m_log.times("execute P"));
+    EXPECT_EQ(1, m_log.count("execute once"));
     EXPECT_EQ(1, m_log.count("free once"));
     m_timers.remove(id, m_status);
     EXPECT_TRUE(m_status.isNotFatal());
     EXPECT_EQ(1, m_log.count("free P"));
     runFor(20);
-    EXPECT_EQ(5, m_log.count("run P"));
+    EXPECT_EQ(5, m_log.count("execute P"));
 
     for (u32 unknown : {onceId, id, 0u, 12345u})
     {
@@ -297,18 +217,18 @@ TEST_F(TimedEventGeneratorTest, IdsWrapToOneAndAreNeverZero)
 TEST_F(TimedEventGeneratorTest, ArmingFromAHandlerWakesTheThreadAndBringsTheHeadUpToDate)
 {
     // The empty list lets the thread sleep 10 s; only the wake brings M sooner.
-    post(m_dispatcher, "arm", [&] { m_timers.addOneShot(gen("M"), 10, m_status); });
+    post(m_dispatcher, "arm", [&](tStatus&) { m_timers.addOneShot(gen("M"), 10, m_status); });
     runFor(20);
-    EXPECT_EQ((std::vector<u64>{10}), m_log.times("run M"));
+    EXPECT_EQ((std::vector<u64>{10}), m_log.times("execute M"));
 
     // L's delta must lose the time that passed before N is placed behind it.
     m_timers.addOneShot(gen("L"), 300, m_status);
     runFor(150);
-    post(m_dispatcher, "arm", [&] { m_timers.addOneShot(gen("N"), 200, m_status); });
+    post(m_dispatcher, "arm", [&](tStatus&) { m_timers.addOneShot(gen("N"), 200, m_status); });
     runFor(400);
-    EXPECT_EQ((tNames{"M", "L", "N"}), m_log.with("gen "));
-    EXPECT_EQ((std::vector<u64>{320}), m_log.times("run L"));
-    EXPECT_EQ((std::vector<u64>{370}), m_log.times("run N"));
+    EXPECT_EQ((tEntries{"M", "L", "N"}), m_log.with("gen "));
+    EXPECT_EQ((std::vector<u64>{320}), m_log.times("execute L"));
+    EXPECT_EQ((std::vector<u64>{370}), m_log.times("execute N"));
 }
 
 // The picosecond count of the old performance counter wrapped here, after
@@ -329,7 +249,7 @@ TEST_F(TimedEventGeneratorAtPicosecondWrap, TimersRunOnAcrossTheWrap)
     {
         expected.push_back(startMs + ms);
     }
-    EXPECT_EQ(expected, m_log.times("run P"));
+    EXPECT_EQ(expected, m_log.times("execute P"));
 }
 
 // --- Failures and lost expiries ----------------------------------------------
@@ -341,7 +261,7 @@ TEST_F(TimedEventGeneratorTest, FailedGenerationOrPostLosesOnlyThatExpiry)
     m_timers.remove(id, m_status);
     EXPECT_TRUE(m_status.isNotFatal());
     EXPECT_EQ(8, m_log.count("gen G"));
-    EXPECT_EQ(2, m_log.count("run G"));
+    EXPECT_EQ(2, m_log.count("execute G"));
     EXPECT_EQ(0, m_log.count("abandon G")); // a fatal status deletes before the post
 
     // A refused post abandons the event and the timer goes on.
@@ -353,7 +273,7 @@ TEST_F(TimedEventGeneratorTest, FailedGenerationOrPostLosesOnlyThatExpiry)
     EXPECT_TRUE(m_status.isNotFatal());
     EXPECT_EQ(5, m_log.count("gen S"));
     EXPECT_EQ(5, m_log.count("abandon S"));
-    EXPECT_EQ(0, m_log.count("run S"));
+    EXPECT_EQ(0, m_log.count("execute S"));
 }
 
 TEST_F(TimedEventGeneratorTest, WithoutItsThreadEveryCallFails)
@@ -380,7 +300,7 @@ TEST_F(TimedEventGeneratorTest, ClearDisarmsEverything)
     m_timers.addOneShot(gen("A"), 100000, m_status);
     runFor(5);
     m_timers.clear(m_status);
-    EXPECT_EQ((tNames{"P", "A"}), m_log.with("free "));
+    EXPECT_EQ((tEntries{"P", "A"}), m_log.with("free "));
     runFor(200000);
     EXPECT_EQ(3, m_log.count("gen P"));
     EXPECT_EQ(0, m_log.count("gen A"));
@@ -400,7 +320,7 @@ TEST_F(TimedEventGeneratorTest, DestructionWithTimersArmedAndEventsQueuedFreesAl
         post(dispatcher, "start");
         EXPECT_TRUE(m_clock.settle());
         post(dispatcher, "blocker",
-             [&]
+             [&](tStatus&)
              {
                  tStatus gateStatus;
                  gate.wait(tEvent::kInfinite, gateStatus);
@@ -433,5 +353,5 @@ TEST_F(TimedEventGeneratorTest, DestructionWithTimersArmedAndEventsQueuedFreesAl
         gate.signal();
     }
     // The dispatcher freed what it still held.
-    EXPECT_EQ(m_log.m_eventsMade, m_log.m_eventsFreed);
+    EXPECT_EQ(static_cast<size_t>(m_log.m_eventsMade), m_log.with("delete ").size());
 }

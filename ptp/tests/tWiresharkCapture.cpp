@@ -46,7 +46,7 @@ struct tFrameSpec
 {
     const char* name;
     u32 padTo;
-    tMessageSpec message;
+    tMessageFields message;
 };
 
 std::vector<tFrameSpec> frameSpecs()
@@ -170,7 +170,7 @@ std::string jsonBytes(const tBytes& a_bytes)
     return text + "\"";
 }
 
-void expectHeader(tFrame& a_frame, const tMessageSpec& a_spec, u8 a_controlField,
+void expectHeader(tFrame& a_frame, const tMessageFields& a_spec, u8 a_controlField,
                   u32 a_messageLength)
 {
     // transportSpecific, the reserved nibble, octet, flag and message-specific octets.
@@ -205,38 +205,38 @@ void expectHeader(tFrame& a_frame, const tMessageSpec& a_spec, u8 a_controlField
 
 tFrame frameOf(const tFrameSpec& a_frame, tStatus& a_status)
 {
-    const tMessageSpec& spec = a_frame.message;
+    const tMessageFields& fields = a_frame.message;
     tFrame frame{a_frame.name, kGeneralPort, datagramOf(a_frame, a_status), {}};
     u32 tlvLength = 0;
-    for (const tTLVValues& values : spec.tlvs)
+    for (const tTLVValues& values : fields.tlvs)
     {
         // tlvType, lengthField, organizationId, organizationSubType, data.
         tlvLength += 2 + 2 + 3 + 3 + static_cast<u32>(values.data.size());
     }
     std::string prefix;
-    switch (spec.messageType)
+    switch (fields.messageType)
     {
     case kMessageTypeSync:
     case kMessageTypeDelayReq:
         frame.udpPort = kEventPort;
-        expectHeader(frame, spec, spec.messageType == kMessageTypeSync ? 0 : 1, 44 + tlvLength);
+        expectHeader(frame, fields, fields.messageType == kMessageTypeSync ? 0 : 1, 44 + tlvLength);
         prefix = "ptp.v2.sdr.origintimestamp";
         break;
     case kMessageTypeFollowUp:
-        expectHeader(frame, spec, 2, 44 + tlvLength);
+        expectHeader(frame, fields, 2, 44 + tlvLength);
         prefix = "ptp.v2.fu.preciseorigintimestamp";
         break;
     case kMessageTypeDelayResp:
-        expectHeader(frame, spec, 3, 54 + tlvLength);
+        expectHeader(frame, fields, 3, 54 + tlvLength);
         prefix = "ptp.v2.dr.receivetimestamp";
         frame.expectUnsigned("ptp.v2.dr.requestingsourceportidentity",
-                             identityNumber(spec.pRequesterId));
-        frame.expectInt("ptp.v2.dr.requestingsourceportid", spec.requesterPort);
+                             identityNumber(fields.pRequesterId));
+        frame.expectInt("ptp.v2.dr.requestingsourceportid", fields.requesterPort);
         break;
     default:
     {
-        const tAnnounceBody& body = spec.announce;
-        expectHeader(frame, spec, 5, 64 + tlvLength);
+        const tAnnounceBody& body = fields.announce;
+        expectHeader(frame, fields, 5, 64 + tlvLength);
         prefix = "ptp.v2.an.origintimestamp";
         frame.expectInt("ptp.v2.an.origincurrentutcoffset", body.currentUTCOffset);
         frame.expectInt("ptp.v2.an.priority1", body.priority1);
@@ -249,7 +249,7 @@ tFrame frameOf(const tFrameSpec& a_frame, tStatus& a_status)
         frame.expectInt("ptp.v2.an.localstepsremoved", body.stepsRemoved);
         frame.expectInt("ptp.v2.timesource", body.timeSource);
         // The dissector shows the TLVs of Announce messages only.
-        for (const tTLVValues& values : spec.tlvs)
+        for (const tTLVValues& values : fields.tlvs)
         {
             frame.expectInt("ptp.v2.an.tlvType", kTlvTypeOrganizationExtension);
             frame.expectInt("ptp.v2.an.lengthField",
@@ -261,8 +261,8 @@ tFrame frameOf(const tFrameSpec& a_frame, tStatus& a_status)
         break;
     }
     }
-    frame.expectUnsigned(prefix + ".seconds", spec.seconds);
-    frame.expectUnsigned(prefix + ".nanoseconds", spec.nanoseconds);
+    frame.expectUnsigned(prefix + ".seconds", fields.seconds);
+    frame.expectUnsigned(prefix + ".nanoseconds", fields.nanoseconds);
     return frame;
 }
 
@@ -380,9 +380,9 @@ int main(int argc, char** argv)
 
     tStatus status;
     std::vector<tFrame> frames;
-    for (const tFrameSpec& spec : frameSpecs())
+    for (const tFrameSpec& fields : frameSpecs())
     {
-        frames.push_back(frameOf(spec, status));
+        frames.push_back(frameOf(fields, status));
     }
     for (tFrame& frame : managementFrames(status))
     {

@@ -16,6 +16,10 @@
 #   netns_ip <i> <ip arguments...>
 #                               runs `ip` inside namespace i.
 #   netns_link <i> down|up      takes the device of namespace i down or up.
+#   netns_unplug <i>, netns_replug <i>
+#                               (bridged only) deletes the device of namespace
+#                               i with its bridge port, and makes both again
+#                               with the same name, address and MAC address.
 #   netns_name <i>, netns_address <i>, netns_mac <i>
 #                               print the namespace's name, the device's IPv4
 #                               address and its MAC address.
@@ -206,5 +210,18 @@ check() {
   else
     echo "FAIL ${what}"
     failures=$((failures + 1))
+    return 1
   fi
+}
+
+netns_unplug() {
+  netns_ip "$1" link delete "${NETNS_DEVICE}"
+}
+
+netns_replug() {
+  local index=$1 bridge="${NETNS_PREFIX}-br"
+  ip -n "${bridge}" link add "port${index}" type veth \
+    peer name "${NETNS_DEVICE}" netns "$(netns_name "${index}")" &&
+    ip -n "${bridge}" link set "port${index}" master br0 up &&
+    _netns_configure "${index}"
 }

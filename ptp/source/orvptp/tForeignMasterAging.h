@@ -17,15 +17,6 @@ namespace nOrvPTP000
 void storeForeignAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, tForeignMasterDS& a_table,
                           tBMCOutput& a_output, iForeignMasterTimer& a_timer,
                           nOrvTarn000::tStatus& a_status);
-// The same for a caller that still holds the message by a plain pointer; it is
-// owned from here on.
-inline void storeForeignAnnounce(tAnnounceMessage* a_pMessage, tForeignMasterDS& a_table,
-                                 tBMCOutput& a_output, iForeignMasterTimer& a_timer,
-                                 nOrvTarn000::tStatus& a_status)
-{
-    storeForeignAnnounce(std::unique_ptr<tAnnounceMessage>(a_pMessage), a_table, a_output, a_timer,
-                         a_status);
-}
 
 // One firing of a_sender's aging timer: the window slides on; while Announce
 // messages remain in it the timer is armed again, otherwise the decisions

@@ -10,14 +10,24 @@ namespace nOrvPTP000
 {
 
 tForeignMasterDS::tForeignMasterDS(tStatus& a_status, u32 a_maximumRecords)
-    : m_maximumRecords(a_maximumRecords), m_mutex(a_status)
+    : m_pLast(nullptr), m_count(0), m_maximumRecords(a_maximumRecords), m_mutex(a_status)
 {
+}
+
+// Unlinked from the back, so that a long table does not unwind recursively.
+tForeignMasterDS::~tForeignMasterDS()
+{
+    while (m_pLast != nullptr)
+    {
+        tIterator last(m_pLast);
+        eraseLocked(last);
+    }
 }
 
 tForeignMasterDS::tIterator tForeignMasterDS::find(const tPortIdentity& a_sender)
 {
-    tIterator it = m_records.begin();
-    while (it != m_records.end() && (*it)->getSender() != a_sender)
+    tIterator it = begin();
+    while (it != end() && (*it)->getSender() != a_sender)
     {
         ++it;
     }
@@ -26,7 +36,22 @@ tForeignMasterDS::tIterator tForeignMasterDS::find(const tPortIdentity& a_sender
 
 void tForeignMasterDS::eraseLocked(tIterator& a_rIterator)
 {
-    a_rIterator = m_records.erase(a_rIterator);
+    tForeignMasterRecord* pRecord = a_rIterator.m_pRecord;
+    tForeignMasterRecord* pPrevious = pRecord->m_pPrevious;
+    std::unique_ptr<tForeignMasterRecord>& rLink =
+        pPrevious != nullptr ? pPrevious->m_pNext : m_pFirst;
+    std::unique_ptr<tForeignMasterRecord> pDoomed = std::move(rLink);
+    rLink = std::move(pDoomed->m_pNext);
+    if (rLink != nullptr)
+    {
+        rLink->m_pPrevious = pPrevious;
+    }
+    else
+    {
+        m_pLast = pPrevious;
+    }
+    --m_count;
+    a_rIterator = tIterator(rLink.get());
 }
 
 i32 tForeignMasterDS::addAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, tStatus& a_status)
@@ -38,12 +63,12 @@ i32 tForeignMasterDS::addAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, 
     }
 
     tIterator it = find(a_pMessage->getHeader()->getSourcePortIdentity());
-    if (it != m_records.end())
+    if (it != end())
     {
         (*it)->addAnnounce(std::move(a_pMessage), a_status);
         return 0;
     }
-    if (m_records.size() >= m_maximumRecords)
+    if (m_count >= m_maximumRecords)
     {
         ORVTARN_SET_CODE(a_status, kStatusMemoryFull);
         return 0;
@@ -55,14 +80,11 @@ i32 tForeignMasterDS::addAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, 
     {
         return 0;
     }
-    // The list node is made apart, so that a failure leaves the table as it was.
-    tRecordList node;
-    node.push_back(std::move(pRecord));
-    if (!CHECK_ALLOCATION(node, a_status))
-    {
-        return 0;
-    }
-    m_records.splice(m_records.end(), node);
+    pRecord->m_pPrevious = m_pLast;
+    std::unique_ptr<tForeignMasterRecord>& rLink = m_pLast != nullptr ? m_pLast->m_pNext : m_pFirst;
+    rLink = std::move(pRecord);
+    m_pLast = rLink.get();
+    ++m_count;
     return 1;
 }
 
@@ -74,18 +96,20 @@ u16 tForeignMasterDS::getAnnounceCount(const tPortIdentity& a_sender, tStatus& a
         return 0;
     }
     tIterator it = find(a_sender);
-    return it != m_records.end() ? (*it)->getAnnounceCount() : 0;
+    return it != end() ? (*it)->getAnnounceCount() : 0;
 }
 
 void tForeignMasterDS::advanceWindow(const tPortIdentity& a_sender, tStatus& a_status)
 {
     tMutexGuard guard(m_mutex, a_status);
-    for (const std::unique_ptr<tForeignMasterRecord>& pRecord : m_records)
+    if (a_status.isFatal())
     {
-        if (a_status.isNotFatal() && pRecord->getSender() == a_sender)
-        {
-            pRecord->advanceWindow(a_status);
-        }
+        return;
+    }
+    tIterator it = find(a_sender);
+    if (it != end())
+    {
+        (*it)->advanceWindow(a_status);
     }
 }
 
@@ -97,7 +121,7 @@ void tForeignMasterDS::removeRecord(const tPortIdentity& a_sender, tStatus& a_st
         return;
     }
     tIterator it = find(a_sender);
-    if (it != m_records.end())
+    if (it != end())
     {
         eraseLocked(it);
     }
@@ -110,8 +134,8 @@ void tForeignMasterDS::clear(tStatus& a_status)
     {
         return;
     }
-    tIterator it = m_records.begin();
-    while (it != m_records.end())
+    tIterator it = begin();
+    while (it != end())
     {
         eraseLocked(it);
     }
@@ -120,13 +144,13 @@ void tForeignMasterDS::clear(tStatus& a_status)
 u32 tForeignMasterDS::getRecordCount(tStatus& a_status)
 {
     tMutexGuard guard(m_mutex, a_status);
-    return a_status.isFatal() ? 0 : static_cast<u32>(m_records.size());
+    return a_status.isFatal() ? 0 : m_count;
 }
 
 void tForeignMasterDS::erase(tIterator& a_rIterator, tStatus& a_status)
 {
     tMutexGuard guard(m_mutex, a_status);
-    if (a_status.isNotFatal() && a_rIterator != m_records.end())
+    if (a_status.isNotFatal() && a_rIterator != end())
     {
         eraseLocked(a_rIterator);
     }
@@ -134,16 +158,9 @@ void tForeignMasterDS::erase(tIterator& a_rIterator, tStatus& a_status)
 
 tForeignMasterDS::tIterator tForeignMasterDS::begin()
 {
-    tStatus status;
-    tMutexGuard guard(m_mutex, status);
-    return m_records.begin();
-}
-
-tForeignMasterDS::tIterator tForeignMasterDS::end()
-{
-    tStatus status;
-    tMutexGuard guard(m_mutex, status);
-    return m_records.end();
+    tStatus lockStatus;
+    tMutexGuard guard(m_mutex, lockStatus);
+    return tIterator(m_pFirst.get());
 }
 
 } // namespace nOrvPTP000

@@ -1,9 +1,7 @@
 #pragma once
 #include "orvptp/tForeignMasterRecord.h"
-#include "orvtarn/protons/status/tAllocator.h"
 #include "orvtarn/quarks/tMutex.h"
 
-#include <list>
 #include <memory>
 
 namespace nOrvPTP000
@@ -19,10 +17,25 @@ namespace nOrvPTP000
 class tForeignMasterDS
 {
 public:
-    typedef std::list<std::unique_ptr<tForeignMasterRecord>,
-                      nOrvTarn000::tAllocator<std::unique_ptr<tForeignMasterRecord>>>
-        tRecordList;
-    typedef tRecordList::iterator tIterator;
+    // Walks the records in order; erase moves it to the next one. Stays
+    // valid while other records come and go.
+    class tIterator
+    {
+    public:
+        explicit tIterator(tForeignMasterRecord* a_pRecord = nullptr) : m_pRecord(a_pRecord) {}
+        tForeignMasterRecord* operator*() const { return m_pRecord; }
+        tIterator& operator++()
+        {
+            m_pRecord = m_pRecord->m_pNext.get();
+            return *this;
+        }
+        bool operator==(const tIterator& a_other) const { return m_pRecord == a_other.m_pRecord; }
+        bool operator!=(const tIterator& a_other) const { return m_pRecord != a_other.m_pRecord; }
+
+    private:
+        friend class tForeignMasterDS;
+        tForeignMasterRecord* m_pRecord;
+    };
 
     // Far more masters than one domain on one network ever has, and few
     // enough that the linear searches, the per-record aging timers and the
@@ -36,6 +49,7 @@ public:
     // a_maximumRecords is for tests of the limit; the clock keeps the default.
     explicit tForeignMasterDS(nOrvTarn000::tStatus& a_status,
                               u32 a_maximumRecords = kMaximumRecords);
+    ~tForeignMasterDS();
     tForeignMasterDS(const tForeignMasterDS&) = delete;
     tForeignMasterDS& operator=(const tForeignMasterDS&) = delete;
 
@@ -43,7 +57,8 @@ public:
     // it. 1 when a record was made, else 0. A full table refuses a new sender
     // with kStatusMemoryFull, and still counts the known ones, so that
     // strangers cannot starve the present master's record. Takes ownership of
-    // the message: what is not stored is deleted.
+    // the message: what is not stored is deleted. A record is linked into the
+    // table through itself: only the record is allocated.
     i32 addAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, nOrvTarn000::tStatus& a_status);
 
     // The window count of a_sender's record; 0 for an unknown sender.
@@ -59,13 +74,15 @@ public:
     // Deletes the record at a_rIterator and moves the iterator to the next one.
     void erase(tIterator& a_rIterator, nOrvTarn000::tStatus& a_status);
     tIterator begin();
-    tIterator end();
+    tIterator end() { return tIterator(); }
 
 private:
     tIterator find(const tPortIdentity& a_sender);
     void eraseLocked(tIterator& a_rIterator);
 
-    tRecordList m_records;
+    std::unique_ptr<tForeignMasterRecord> m_pFirst;
+    tForeignMasterRecord* m_pLast;
+    u32 m_count;
     u32 m_maximumRecords;
     nOrvTarn000::tMutex m_mutex;
 };

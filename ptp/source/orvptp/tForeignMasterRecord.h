@@ -47,6 +47,11 @@ public:
     tAnnounceMessage* getLastAnnounce() const { return m_pLastAnnounce.get(); }
 
 private:
+    // The table links its records through them: it owns the next one.
+    friend class tForeignMasterDS;
+    std::unique_ptr<tForeignMasterRecord> m_pNext;
+    tForeignMasterRecord* m_pPrevious = nullptr;
+
     // A ring of the window's slots; m_front indexes the current one, and the
     // older slots follow it.
     u16 m_announceCounts[kWindowSlots];

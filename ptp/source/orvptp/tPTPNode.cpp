@@ -340,6 +340,14 @@ void tPTPNode::handleStartClock(tEvent* a_pDone, tStatus* a_pStatus)
     else
     {
         transition(&iPTPPort::handleStartClock, *a_pStatus);
+        // A start that could not leave the stopped state (no memory for the
+        // next state) leaves nothing running either: no network, no timers.
+        if (currentState() == kPortStateStopped)
+        {
+            tStatus cleanUpStatus;
+            m_networkMaintainer.stop(cleanUpStatus);
+            stopPortTimers(cleanUpStatus);
+        }
     }
     a_pDone->signal();
 }

@@ -4,7 +4,7 @@
 // the second, and so on through all of them, or a sample spread over all of
 // them when there are many. No run may crash, hang or leak (the sanitizer
 // build runs this), every stop must be clean, and a run without the failure
-// afterwards works as before.
+// afterwards works as before. ZM_FAIL_AT=<n> runs the one failure point n.
 #include "tScenario.h"
 
 #include "orvtarn/protons/status/tAllocation.h"

@@ -1,9 +1,14 @@
 // A slave measuring its master over the simulated segment. The simulated
 // clocks and delays are exact, so offsetFromMaster and meanPathDelay must be
 // exact too: to the nanosecond with symmetric delays, off by half the
-// asymmetry otherwise, with corrections taken out as the correctionField
-// gives them, and with offsets too large to hold saturated.
+// asymmetry otherwise, with a transparent clock's corrections taken out, and
+// with a new parent's delay never mixed with the old one's timestamps. The
+// arithmetic's edge cases (saturation, negative delays, rounding of
+// corrections) are the exchange's unit tests'.
 #include "tScenario.h"
+
+#include <atomic>
+#include <memory>
 
 using namespace nSimNet;
 using namespace nOrvPTP000;
@@ -12,7 +17,6 @@ namespace
 {
 
 const i64 kScale = 65536;
-const i64 kThreeDays = 3LL * 24 * 3600 * kNanosecondsPerSecond;
 
 class MeasurementScenarioTest : public tScenario
 {
@@ -55,23 +59,6 @@ protected:
         EXPECT_TRUE(enough) << "only " << measured.size() << " measured samples\n"
                             << describeAll(all());
         return measured;
-    }
-
-    // Waits for a_count samples after the slave has received a_responses
-    // Delay_Resp messages, and returns those samples.
-    std::vector<tSample> samplesAfterResponses(u64 a_responses, size_t a_count)
-    {
-        const u32 id = m_pSlave->getId();
-        EXPECT_TRUE(m_network.waitUntil(
-            [this, id, a_responses]
-            { return m_network.getDeliveredCount(id, kDelayResp) >= a_responses; },
-            kSettleBound));
-        const size_t from = m_network.getSamples(id).size();
-        EXPECT_TRUE(m_network.waitUntil(
-            [this, id, from, a_count] { return m_network.getSamples(id).size() >= from + a_count; },
-            kSettleBound));
-        const std::vector<tSample> all = m_network.getSamples(id);
-        return std::vector<tSample>(all.begin() + static_cast<std::ptrdiff_t>(from), all.end());
     }
 
     // Every sample: the node's offset and delay as given, and the corrected
@@ -163,41 +150,6 @@ TEST_F(MeasurementScenarioTest, ATransparentClocksResidenceTimeIsTakenOut)
     expectSamples(measuredSamples(4), 400000, 60000);
 }
 
-TEST_F(MeasurementScenarioTest, CorrectionsOfSyncAndFollowUpAreSubtracted)
-{
-    // 4 us on the Sync and 6 us on the Follow_Up that took no time on the
-    // wire: both are taken out of the delay exchange and the offset alike,
-    // which leaves each 5 us lower.
-    m_network.setInFlightHook(
-        [](tInFlight& a_rCopy)
-        {
-            const u8 type = messageTypeOf(a_rCopy.m_bytes);
-            if (type == 0 || type == 8)
-            {
-                setCorrectionField(a_rCopy.m_bytes, (type == 0 ? 4000 : 6000) * kScale);
-            }
-        });
-    settlePair(0, -200000, 48000, 48000);
-    expectSamples(measuredSamples(4), -200000 - 5000, 48000 - 5000);
-}
-
-TEST_F(MeasurementScenarioTest, ANegativePathDelayCountsAsZero)
-{
-    // A Delay_Req correction of four times the delay makes the computed path
-    // delay negative; it is stored as 0, and the offset then carries the
-    // whole delay.
-    m_network.setInFlightHook(
-        [](tInFlight& a_rCopy)
-        {
-            if (messageTypeOf(a_rCopy.m_bytes) == 1)
-            {
-                setCorrectionField(a_rCopy.m_bytes, 4 * 48000 * kScale);
-            }
-        });
-    settlePair(0, 300000, 48000, 48000);
-    expectSamples(samplesAfterResponses(3, 4), 300000 + 48000, 0);
-}
-
 TEST_F(MeasurementScenarioTest, LostMessagesLeaveTheMeasurementExact)
 {
     // Every third Sync, every fourth Follow_Up and every second Delay_Resp
@@ -219,33 +171,96 @@ TEST_F(MeasurementScenarioTest, LostMessagesLeaveTheMeasurementExact)
     expectSamples(measuredSamples(6), 31415926, 27000);
 }
 
-TEST_F(MeasurementScenarioTest, AnOffsetBeyondRangeSaturatesAndTheSampleKeepsTheReceiveTime)
+// Entering UNCALIBRATED for a new parent, from SLAVE, MASTER or LISTENING,
+// starts the delay exchange afresh. The old master's Syncs are lost after one
+// of its delay exchanges has completed, so that the exchange still holds its
+// T3 and T4 when the new master's first Sync comes: paired with them, that
+// Sync would give a delay of neither master, here (20 + 300 + 1000) / 2 us.
+class ParentSwitchTest : public tScenario, public ::testing::WithParamInterface<u8>
 {
-    // Three days apart: more than an interval can hold. The path delay is
-    // measured all the same, within each clock.
-    settlePair(0, kThreeDays, 48000, 48000);
-    const std::vector<tSample> samples = measuredSamples(4);
-    for (const tSample& sample : samples)
+};
+
+TEST_P(ParentSwitchTest, TheFirstDelayOfANewParentIsItsOwn)
+{
+    const u8 wayIn = GetParam();
+    const i64 kOldDelay = 20000, kNewDelay = 300000, kOwnOffset = 5000000, kNewOffset = -1000000;
+    tNodeSettings oldSettings, ownSettings, newSettings;
+    oldSettings.m_priority1 = 100;
+    newSettings.m_priority1 = 50;
+    ownSettings.m_slaveOnly = wayIn == kPortStateListening;
+    tSimNode& oldMaster = addClock(1, oldSettings);
+    tSimNode& clock = addClock(2, ownSettings, kOwnOffset);
+    tSimNode& newMaster = addClock(3, newSettings, kNewOffset);
+    m_network.setSymmetricDelay(oldMaster.getId(), clock.getId(), kOldDelay);
+    m_network.setSymmetricDelay(newMaster.getId(), clock.getId(), kNewDelay);
+    start(oldMaster);
+    start(clock);
+    ASSERT_TRUE(
+        settlesInto({{&oldMaster, kPortStateMaster}, {&clock, kPortStateSlave, &oldMaster}}));
+    ASSERT_TRUE(m_network.waitUntil(
+        [&clock] { return clock.getMeanPathDelay() == kOldDelay * kScale; }, kSettleBound));
+
+    // The old master's Syncs are lost from now on, and, once two of its
+    // delay exchanges are complete, the clock's Delay_Req messages until the
+    // new master's first Sync has come.
+    const u32 oldId = oldMaster.getId();
+    const u32 id = clock.getId();
+    std::shared_ptr<std::atomic<bool>> pRequestsPass = std::make_shared<std::atomic<bool>>(true);
+    m_network.setInFlightHook(
+        [oldId, id, pRequestsPass](tInFlight& a_rCopy)
+        {
+            const u8 type = messageTypeOf(a_rCopy.m_bytes);
+            a_rCopy.m_drop = (a_rCopy.m_from == oldId && (type == kSync || type == kFollowUp)) ||
+                             (a_rCopy.m_from == id && type == kDelayReq && !*pRequestsPass);
+        });
+    const u64 responses = m_network.getDeliveredCount(id, kDelayResp) + 2;
+    ASSERT_TRUE(m_network.waitUntil(
+        [this, id, responses] { return m_network.getDeliveredCount(id, kDelayResp) >= responses; },
+        kSettleBound));
+    *pRequestsPass = false;
+    if (wayIn != kPortStateSlave)
     {
-        EXPECT_EQ(sample.m_offsetFromMaster, tTimeInterval::kMaxScaled);
-        EXPECT_EQ(sample.m_meanPathDelay, 48000 * kScale);
-        // The local time is the Sync's plain receive time.
-        EXPECT_EQ(toNanoseconds(sample.m_localTime) - toNanoseconds(sample.m_masterTime),
-                  kThreeDays + 48000);
+        m_network.setConnected(oldId, false);
+        ASSERT_TRUE(clock.waitForState(wayIn, kSettleBound));
+    }
+    const size_t from = clock.getSamples().size();
+    const size_t transitions = clock.getTransitionCount();
+
+    start(newMaster);
+    ASSERT_TRUE(
+        settlesInto({{&newMaster, kPortStateMaster}, {&clock, kPortStateSlave, &newMaster}}));
+    const std::vector<tTransition> path = clock.getTransitions();
+    EXPECT_EQ(path.at(transitions).m_oldState, wayIn);
+    EXPECT_EQ(path.at(transitions).m_newState, kPortStateUncalibrated);
+    // Until its first delay exchange with the new master the clock keeps the
+    // delay it had (the old master's, or 0 after serving or listening).
+    auto isOld = [](i64 a_delay) { return a_delay == 0 || a_delay == kOldDelay * kScale; };
+    ASSERT_TRUE(
+        m_network.waitUntil([&] { return clock.getSamples().size() > from; }, kSettleBound));
+    *pRequestsPass = true;
+    std::vector<tSample> samples;
+    ASSERT_TRUE(m_network.waitUntil(
+        [&]
+        {
+            samples = clock.getSamples();
+            return samples.back().m_meanPathDelay == kNewDelay * kScale;
+        },
+        kSettleBound));
+    EXPECT_TRUE(isOld(samples[from].m_meanPathDelay));
+    for (size_t i = from; i < samples.size(); ++i)
+    {
+        EXPECT_TRUE(isOld(samples[i].m_meanPathDelay) ||
+                    samples[i].m_meanPathDelay == kNewDelay * kScale)
+            << "delay " << samples[i].m_meanPathDelay / kScale << " ns";
+        // Every sample is of the new master's Syncs.
+        EXPECT_EQ(samples[i].m_offsetFromMaster + samples[i].m_meanPathDelay,
+                  (kOwnOffset - kNewOffset + kNewDelay) * kScale);
     }
 }
 
-TEST_F(MeasurementScenarioTest, AnOffsetBeyondRangeBelowSaturatesAtTheLowerEnd)
-{
-    settlePair(kThreeDays, 0, 48000, 48000);
-    const std::vector<tSample> samples = measuredSamples(4);
-    for (const tSample& sample : samples)
-    {
-        EXPECT_EQ(sample.m_offsetFromMaster, tTimeInterval::kMinScaled);
-        EXPECT_EQ(sample.m_meanPathDelay, 48000 * kScale);
-        EXPECT_EQ(toNanoseconds(sample.m_localTime) - toNanoseconds(sample.m_masterTime),
-                  -kThreeDays + 48000);
-    }
-}
+INSTANTIATE_TEST_SUITE_P(WaysIn, ParentSwitchTest,
+                         ::testing::Values(kPortStateSlave, kPortStateMaster, kPortStateListening),
+                         [](const ::testing::TestParamInfo<u8>& a_info)
+                         { return std::string("From") + stateName(a_info.param); });
 
 } // namespace

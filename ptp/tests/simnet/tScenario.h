@@ -115,11 +115,7 @@ protected:
         {
             before.push_back(pNode->getTransitionCount());
         }
-        const u32 id = a_sender.getId();
-        const u64 target = m_network.getSentCount(id, kAnnounce) + a_count;
-        if (!m_network.waitUntil([this, id, target]
-                                 { return m_network.getSentCount(id, kAnnounce) >= target; },
-                                 kSettleBound))
+        if (!sends(a_sender, kAnnounce, a_count))
         {
             return ::testing::AssertionFailure() << "the Announce messages stopped:\n"
                                                  << describeAll(all());
@@ -136,11 +132,33 @@ protected:
         return ::testing::AssertionSuccess();
     }
 
+    // Lets every thread finish what is due now, without time passing.
+    void settle() { ASSERT_TRUE(m_network.getClock().settle()); }
+
+    // Waits until a_node has sent a_more further messages of a_type.
+    bool sends(tSimNode& a_node, u8 a_type, u64 a_more)
+    {
+        const u32 id = a_node.getId();
+        const u64 target = m_network.getSentCount(id, a_type) + a_more;
+        return m_network.waitUntil([this, id, a_type, target]
+                                   { return m_network.getSentCount(id, a_type) >= target; },
+                                   kSettleBound);
+    }
+
     // True if the clock reaches a_state within the quiet bound; a scenario
     // that expects it not to asserts false.
     bool reachesWithinQuietBound(tSimNode& a_node, u8 a_state)
     {
         return a_node.waitForState(a_state, kQuietBound);
+    }
+
+    // True if a_node made exactly one transition, from a_old to a_new, since
+    // it had made a_before.
+    static bool movedOnce(tSimNode& a_node, size_t a_before, u8 a_old, u8 a_new)
+    {
+        const std::vector<tTransition> transitions = a_node.getTransitions();
+        return transitions.size() == a_before + 1 && transitions.back().m_oldState == a_old &&
+               transitions.back().m_newState == a_new;
     }
 
     static bool everEntered(tSimNode& a_node, u8 a_state)
@@ -154,15 +172,6 @@ protected:
         }
         return false;
     }
-
-    enum : u8
-    {
-        kSync = 0,
-        kDelayReq = 1,
-        kFollowUp = 8,
-        kDelayResp = 9,
-        kAnnounce = 11
-    };
 
     // Declared first: the clocks go before the network they use.
     tSimNetwork m_network;

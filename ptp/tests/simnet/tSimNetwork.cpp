@@ -15,14 +15,6 @@ namespace
 
 constexpr i64 kEpochNs = kClockEpochSeconds * kNanosecondsPerSecond;
 
-// t * rate / 10^9 without leaving 64 bits for t up to centuries and rates
-// up to a few parts per thousand. t is never negative.
-i64 rateTerm(i64 a_t, i64 a_rateppb)
-{
-    return (a_t / kNanosecondsPerSecond) * a_rateppb +
-           ((a_t % kNanosecondsPerSecond) * a_rateppb) / kNanosecondsPerSecond;
-}
-
 } // namespace
 
 // ---- helpers on raw datagrams ----
@@ -32,36 +24,25 @@ u8 messageTypeOf(const std::vector<u8>& a_bytes)
     return a_bytes.size() < kHeaderLength ? 0xFF : static_cast<u8>(a_bytes[0] & 0x0F);
 }
 
-i64 correctionFieldOf(const std::vector<u8>& a_bytes)
+u64 fieldOf(const std::vector<u8>& a_bytes, u32 a_offset, u32 a_length)
 {
     u64 value = 0;
-    for (u32 i = 0; i < 8 && kCorrectionFieldOffset + i < a_bytes.size(); ++i)
+    for (u32 i = a_offset; i < a_offset + a_length; ++i)
     {
-        value = (value << 8) | a_bytes[kCorrectionFieldOffset + i];
+        value = (value << 8) | (i < a_bytes.size() ? a_bytes[i] : 0);
     }
-    return static_cast<i64>(value);
+    return value;
 }
 
-void setCorrectionField(std::vector<u8>& a_bytes, i64 a_scaledNanoseconds)
+void setField(std::vector<u8>& a_bytes, u32 a_offset, u32 a_length, u64 a_value)
 {
-    u64 value = static_cast<u64>(a_scaledNanoseconds);
-    for (u32 i = 0; i < 8; ++i)
+    for (u32 i = a_offset + a_length; i-- > a_offset; a_value >>= 8)
     {
-        if (kCorrectionFieldOffset + 7 - i < a_bytes.size())
+        if (i < a_bytes.size())
         {
-            a_bytes[kCorrectionFieldOffset + 7 - i] = static_cast<u8>(value & 0xFF);
+            a_bytes[i] = static_cast<u8>(a_value & 0xFF);
         }
-        value >>= 8;
     }
-}
-
-u16 sequenceIdOf(const std::vector<u8>& a_bytes)
-{
-    if (a_bytes.size() < kHeaderLength)
-    {
-        return 0;
-    }
-    return static_cast<u16>((a_bytes[kSequenceIdOffset] << 8) | a_bytes[kSequenceIdOffset + 1]);
 }
 
 i64 toNanoseconds(const tTimestamp& a_time)
@@ -125,20 +106,20 @@ nOrvPTP000::tPortAddress tSimMessaging::getPortAddress()
 bool tSimTimestamps::getReceiveTimestamp(tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime,
                                          tStatus& a_status)
 {
-    return a_status.isNotFatal() && m_network.fetchReceive(m_id, a_rPdu, a_rTime);
+    return a_status.isNotFatal() && m_network.fetchTimestamp(m_id, true, a_rPdu, a_rTime);
 }
 
 bool tSimTimestamps::getTransmitTimestamp(tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime,
                                           tStatus& a_status)
 {
-    return a_status.isNotFatal() && m_network.fetchTransmit(m_id, a_rPdu, a_rTime);
+    return a_status.isNotFatal() && m_network.fetchTimestamp(m_id, false, a_rPdu, a_rTime);
 }
 
 void tSimTimekeeper::getTime(tTimestamp& a_rTime, tStatus& a_status)
 {
-    if (a_status.isNotFatal())
+    if (a_status.isNotFatal() && !m_network.readClock(m_id, a_rTime))
     {
-        m_network.readClock(m_id, a_rTime);
+        ORVTARN_SET_CODE(a_status, kStatusNotAvailable);
     }
 }
 
@@ -200,13 +181,12 @@ tSimNetwork::~tSimNetwork()
     }
 }
 
-u32 tSimNetwork::addEndpoint(i64 a_clockOffsetNs, i64 a_rateppb)
+u32 tSimNetwork::addEndpoint(i64 a_clockOffsetNs)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     const u32 id = static_cast<u32>(m_endpoints.size());
     std::unique_ptr<tEndpoint> pEndpoint(new tEndpoint);
     pEndpoint->m_offsetNs = a_clockOffsetNs;
-    pEndpoint->m_rateppb = a_rateppb;
     pEndpoint->m_pMessaging.reset(new tSimMessaging(*this, id));
     pEndpoint->m_pTimestamps.reset(new tSimTimestamps(*this, id));
     pEndpoint->m_pTimekeeper.reset(new tSimTimekeeper(*this, id));
@@ -219,12 +199,6 @@ u32 tSimNetwork::addEndpoint(i64 a_clockOffsetNs, i64 a_rateppb)
     }
     m_endpoints.push_back(std::move(pEndpoint));
     return id;
-}
-
-u32 tSimNetwork::getEndpointCount()
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return static_cast<u32>(m_endpoints.size());
 }
 
 tSimNetwork::tEndpoint& tSimNetwork::endpoint(u32 a_id)
@@ -257,32 +231,7 @@ i64 tSimNetwork::now()
 
 tTimestamp tSimNetwork::clockAtLocked(const tEndpoint& a_endpoint, i64 a_t) const
 {
-    return toTimestamp(kEpochNs + a_endpoint.m_offsetNs + a_t +
-                       rateTerm(a_t, a_endpoint.m_rateppb));
-}
-
-tTimestamp tSimNetwork::clockAt(u32 a_id, i64 a_t)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return clockAtLocked(endpoint(a_id), a_t);
-}
-
-i64 tSimNetwork::getClockOffset(u32 a_id)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return endpoint(a_id).m_offsetNs;
-}
-
-void tSimNetwork::setClockOffset(u32 a_id, i64 a_offsetNs)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    endpoint(a_id).m_offsetNs = a_offsetNs;
-}
-
-void tSimNetwork::setClockRate(u32 a_id, i64 a_rateppb)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    endpoint(a_id).m_rateppb = a_rateppb;
+    return toTimestamp(kEpochNs + a_endpoint.m_offsetNs + a_t);
 }
 
 void tSimNetwork::setDefaultDelay(i64 a_delayNs)
@@ -335,6 +284,24 @@ void tSimNetwork::failNextReceive(u32 a_id)
     wakeLocked(e);
 }
 
+void tSimNetwork::setOpenFailing(u32 a_id, bool a_failing)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    endpoint(a_id).m_failOpen = a_failing;
+}
+
+void tSimNetwork::setTimeLost(u32 a_id, bool a_lost)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    endpoint(a_id).m_timeLost = a_lost;
+}
+
+void tSimNetwork::loseTimestamps(u32 a_id, bool a_receive, u32 a_count)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    endpoint(a_id).m_lostTimestamps[a_receive ? 1 : 0] = a_count;
+}
+
 void tSimNetwork::setPortStateHeld(u32 a_id, bool a_held)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
@@ -365,28 +332,22 @@ u32 tSimNetwork::getOpenCount(u32 a_id)
     return endpoint(a_id).m_openCount;
 }
 
-u32 tSimNetwork::getPendingCount(u32 a_id)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return static_cast<u32>(endpoint(a_id).m_queue.size());
-}
-
 bool tSimNetwork::isReceiving(u32 a_id)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     return endpoint(a_id).m_receiving;
 }
 
+std::vector<tSentDatagram> tSimNetwork::getSent(u32 a_id)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return endpoint(a_id).m_sentLog;
+}
+
 std::vector<tSample> tSimNetwork::getSamples(u32 a_id)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     return endpoint(a_id).m_samples;
-}
-
-std::vector<tTimestamp> tSimNetwork::getSteps(u32 a_id)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return endpoint(a_id).m_steps;
 }
 
 bool tSimNetwork::waitUntil(const std::function<bool()>& a_condition, tBound a_bound)
@@ -458,6 +419,11 @@ void tSimNetwork::open(u32 a_id, tStatus& a_status)
     }
     std::lock_guard<std::mutex> lock(m_mutex);
     tEndpoint& e = endpoint(a_id);
+    if (e.m_failOpen)
+    {
+        ORVTARN_SET_CODE(a_status, kStatusSystemError);
+        return;
+    }
     e.m_open = true;
     e.m_cancelled = false;
     e.m_queue.clear();
@@ -497,6 +463,7 @@ void tSimNetwork::send(u32 a_id, tProtocolDataUnit& a_rPdu, bool a_event, tStatu
     std::vector<u8> bytes(a_rPdu.getData(), a_rPdu.getData() + a_rPdu.getLength());
     const u8 type = messageTypeOf(bytes);
     ++source.m_sent[type & 0x0F];
+    source.m_sentLog.push_back(tSentDatagram{a_event, bytes});
     tKey key;
     if (a_event && makeKey(bytes.data(), static_cast<u32>(bytes.size()), key))
     {
@@ -561,6 +528,7 @@ void tSimNetwork::receive(u32 a_id, tProtocolDataUnit& a_rPdu, tStatus& a_status
                 m_clock.reset(*e.m_pArrival, resetStatus);
                 return;
             }
+            e.m_receiving = true;
             pArrival = e.m_pArrival.get();
         }
         // A change after the look above has signalled the event already.
@@ -618,31 +586,34 @@ void tSimNetwork::cancelReceive(u32 a_id)
     wakeLocked(e);
 }
 
-bool tSimNetwork::fetchReceive(u32 a_id, tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime)
+bool tSimNetwork::fetchTimestamp(u32 a_id, bool a_receive, tProtocolDataUnit& a_rPdu,
+                                 tTimestamp& a_rTime)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
-    return takeRecord(endpoint(a_id).m_receiveRecords, a_rPdu, a_rTime);
+    tEndpoint& e = endpoint(a_id);
+    u32& lost = e.m_lostTimestamps[a_receive ? 1 : 0];
+    if (lost > 0)
+    {
+        --lost;
+        return false;
+    }
+    return takeRecord(a_receive ? e.m_receiveRecords : e.m_transmitRecords, a_rPdu, a_rTime);
 }
 
-bool tSimNetwork::fetchTransmit(u32 a_id, tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime)
+bool tSimNetwork::readClock(u32 a_id, tTimestamp& a_rTime)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
-    return takeRecord(endpoint(a_id).m_transmitRecords, a_rPdu, a_rTime);
-}
-
-void tSimNetwork::readClock(u32 a_id, tTimestamp& a_rTime)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    a_rTime = clockAtLocked(endpoint(a_id), now());
+    const tEndpoint& e = endpoint(a_id);
+    a_rTime = clockAtLocked(e, now());
+    return !e.m_timeLost;
 }
 
 void tSimNetwork::step(u32 a_id, const tTimestamp& a_time)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     tEndpoint& e = endpoint(a_id);
-    e.m_steps.push_back(a_time);
     const i64 t = now();
-    e.m_offsetNs = toNanoseconds(a_time) - (kEpochNs + t + rateTerm(t, e.m_rateppb));
+    e.m_offsetNs = toNanoseconds(a_time) - (kEpochNs + t);
 }
 
 void tSimNetwork::keepSample(u32 a_id, const tSample& a_sample)

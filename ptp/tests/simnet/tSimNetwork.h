@@ -10,7 +10,7 @@
 // the simulated time t of its sending. Its transmit time is the sender's clock
 // at t, and it is delivered no earlier than t + delay, with the receiver's
 // clock at exactly t + delay as its receive time. Clock readings are whole
-// nanoseconds computed from t alone, so that with clock rate 0 ppb
+// nanoseconds computed from t alone, so that
 //     receive - transmit = delay + (receiver offset - sender offset)
 // holds exactly, and the measurement a slave makes from these stamps comes
 // out to the nanosecond.
@@ -46,23 +46,45 @@ class tSimNetwork;
 constexpr i64 kClockEpochSeconds = 1700000000;
 constexpr i64 kNanosecondsPerSecond = 1000000000;
 
-// Header positions used to recognise a datagram.
+// Header positions, for recognising and editing datagrams.
 enum : u32
 {
+    kDomainNumberOffset = 4,
+    kFlagsOffset = 6,
     kCorrectionFieldOffset = 8,
     kSourcePortIdentityOffset = 20,
     kSequenceIdOffset = 30,
     kControlFieldOffset = 32,
+    kLogMessageIntervalOffset = 33,
     kHeaderLength = 34
+};
+
+// The message types that a node sends.
+enum : u8
+{
+    kSync = 0,
+    kDelayReq = 1,
+    kFollowUp = 8,
+    kDelayResp = 9,
+    kAnnounce = 11
 };
 
 // The message type of a datagram (low nibble of its first byte), or 0xFF for
 // one too short to have a header.
 u8 messageTypeOf(const std::vector<u8>& a_bytes);
+// The big-endian field of a_length bytes (at most 8) at a_offset; the bytes
+// past the end of the datagram read as 0 and are not written.
+u64 fieldOf(const std::vector<u8>& a_bytes, u32 a_offset, u32 a_length);
+void setField(std::vector<u8>& a_bytes, u32 a_offset, u32 a_length, u64 a_value);
 // The correctionField of a datagram in scaled nanoseconds (2^-16 ns).
-i64 correctionFieldOf(const std::vector<u8>& a_bytes);
-void setCorrectionField(std::vector<u8>& a_bytes, i64 a_scaledNanoseconds);
-u16 sequenceIdOf(const std::vector<u8>& a_bytes);
+inline i64 correctionFieldOf(const std::vector<u8>& a_bytes)
+{
+    return static_cast<i64>(fieldOf(a_bytes, kCorrectionFieldOffset, 8));
+}
+inline void setCorrectionField(std::vector<u8>& a_bytes, i64 a_scaledNanoseconds)
+{
+    setField(a_bytes, kCorrectionFieldOffset, 8, static_cast<u64>(a_scaledNanoseconds));
+}
 
 // A clock reading as whole nanoseconds since the timescale's epoch, and back.
 i64 toNanoseconds(const tTimestamp& a_time);
@@ -82,6 +104,13 @@ struct tInFlight
 };
 // Runs under the network's lock: it must not call back into the network.
 typedef std::function<void(tInFlight&)> tInFlightHook;
+
+// One datagram as it left an endpoint.
+struct tSentDatagram
+{
+    bool m_event;
+    std::vector<u8> m_bytes;
+};
 
 // One pair that the node handed to its timekeeper, with the node's
 // offsetFromMaster and meanPathDelay (scaled) at that moment.
@@ -159,10 +188,9 @@ public:
     tSimNetwork(const tSimNetwork&) = delete;
     tSimNetwork& operator=(const tSimNetwork&) = delete;
 
-    // Adds an endpoint whose clock reads epoch + offset + t + t * rate / 10^9
-    // at simulated time t. Links to and from it get the default delay.
-    u32 addEndpoint(i64 a_clockOffsetNs = 0, i64 a_rateppb = 0);
-    u32 getEndpointCount();
+    // Adds an endpoint whose clock reads epoch + offset + t at simulated time
+    // t. Links to and from it get the default delay.
+    u32 addEndpoint(i64 a_clockOffsetNs = 0);
 
     nOrvPTP000::iPTPPortMessaging* getMessaging(u32 a_id);
     nOrvPTP000::iPTPTimestampGenerator* getTimestamps(u32 a_id);
@@ -172,11 +200,6 @@ public:
     nOrvTarn000::tManualClock& getClock() { return m_clock; }
     // Simulated nanoseconds since the network was made.
     i64 now();
-    // The endpoint's clock at simulated time a_t.
-    tTimestamp clockAt(u32 a_id, i64 a_t);
-    i64 getClockOffset(u32 a_id);
-    void setClockOffset(u32 a_id, i64 a_offsetNs);
-    void setClockRate(u32 a_id, i64 a_rateppb);
 
     // Delay for links made from now on; existing links keep theirs.
     void setDefaultDelay(i64 a_delayNs);
@@ -193,6 +216,12 @@ public:
     void failNextReceive(u32 a_id);
     // The next close of the endpoint reports kStatusSystemError; it closes all the same.
     void failNextClose(u32 a_id);
+    // While set, opening the endpoint fails with kStatusSystemError.
+    void setOpenFailing(u32 a_id, bool a_failing);
+    // While set, the endpoint's clock cannot be read (kStatusNotAvailable).
+    void setTimeLost(u32 a_id, bool a_lost);
+    // The next a_count look-ups of a receive (or transmit) time find nothing.
+    void loseTimestamps(u32 a_id, bool a_receive, u32 a_count);
     void setPortStateHeld(u32 a_id, bool a_held);
 
     // Traffic counters by messageType (0 to 15).
@@ -200,13 +229,12 @@ public:
     u64 getDeliveredCount(u32 a_id, u8 a_messageType);
     bool isOpen(u32 a_id);
     u32 getOpenCount(u32 a_id);
-    // Datagrams queued for the endpoint, due or not.
-    u32 getPendingCount(u32 a_id);
     // True while a receive of the endpoint waits.
     bool isReceiving(u32 a_id);
+    // Every datagram the endpoint sent, in order.
+    std::vector<tSentDatagram> getSent(u32 a_id);
 
     std::vector<tSample> getSamples(u32 a_id);
-    std::vector<tTimestamp> getSteps(u32 a_id);
 
     // Lets simulated time run until a_condition holds, testing it whenever
     // the nodes have no more work at the present instant. The condition runs
@@ -246,7 +274,6 @@ private:
     struct tEndpoint
     {
         i64 m_offsetNs = 0;
-        i64 m_rateppb = 0;
         bool m_open = false;
         bool m_cancelled = false;
         bool m_connected = true;
@@ -254,8 +281,11 @@ private:
         bool m_failClose = false;
         // A receive is under way: only then does a change wake it.
         bool m_receiving = false;
+        bool m_failOpen = false;
+        bool m_timeLost = false;
         bool m_held = false;
         u32 m_openCount = 0;
+        u32 m_lostTimestamps[2] = {}; // transmit, receive
         // Signalled at every change a waiting receive must look at.
         std::unique_ptr<nOrvTarn000::tEvent> m_pArrival;
         std::deque<tDatagram> m_queue;
@@ -263,8 +293,8 @@ private:
         std::deque<tRecord> m_transmitRecords;
         u64 m_sent[16] = {};
         u64 m_delivered[16] = {};
+        std::vector<tSentDatagram> m_sentLog;
         std::vector<tSample> m_samples;
-        std::vector<tTimestamp> m_steps;
         std::unique_ptr<tSimMessaging> m_pMessaging;
         std::unique_ptr<tSimTimestamps> m_pTimestamps;
         std::unique_ptr<tSimTimekeeper> m_pTimekeeper;
@@ -296,9 +326,8 @@ private:
     bool tryReceiveLocked(tEndpoint& a_rEndpoint, tProtocolDataUnit& a_rPdu, u64& a_rDeadline,
                           tStatus& a_status);
     void cancelReceive(u32 a_id);
-    bool fetchReceive(u32 a_id, tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime);
-    bool fetchTransmit(u32 a_id, tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime);
-    void readClock(u32 a_id, tTimestamp& a_rTime);
+    bool fetchTimestamp(u32 a_id, bool a_receive, tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime);
+    bool readClock(u32 a_id, tTimestamp& a_rTime);
     void step(u32 a_id, const tTimestamp& a_time);
     void keepSample(u32 a_id, const tSample& a_sample);
     bool held(u32 a_id);
