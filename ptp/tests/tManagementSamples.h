@@ -36,77 +36,52 @@ inline tBytes managementTLV(u16 a_managementId, const tBytes& a_data)
         a_data);
 }
 
-// A clock with a value of its own in every field that management reads.
+// A clock with a value of its own in every field that management reads: a
+// slave of another grandmaster, whose own time properties are in force only
+// because they were written while it was still its own grandmaster.
 class tSampleNode : public nFakeNode::tFakeNode
 {
 public:
     tSampleNode() : tFakeNode(tClockIdentity(kMasterId))
     {
-        m_slaveOnly = true;
-        m_priority1 = 200;
-        m_priority2 = 201;
-        m_domainNumber = 4;
-        m_clockClass = 6;
-        m_clockAccuracy = 0x21;
-        m_offsetScaledLogVariance = 0x4E5D;
-        m_stepsRemoved = 2;
-        m_offsetFromMaster.setScaledNanoseconds(-98304);
-        m_meanPathDelay = tTimeInterval(1000);
-        m_parentPortIdentity = tPortIdentity(tClockIdentity(kGrandmasterId), 3);
-        m_parentStats = true;
-        m_observedParentOffsetScaledLogVariance = 0x1234;
-        m_observedParentClockPhaseChangeRate = -2;
-        m_grandmasterPriority1 = 7;
-        m_grandmasterClockQuality = tClockQuality(248, 0xFE, 0xFFFF);
-        m_grandmasterPriority2 = 9;
-        m_grandmasterIdentity = tClockIdentity(kGrandmasterId);
-        m_currentUtcOffset = 37;
-        m_leap61 = true;
-        m_currentUtcOffsetValid = true;
-        m_timeTraceable = true;
-        m_timeSource = 0x20;
-        m_portState = nOrvPTP000::kPortStateSlave;
-        m_logMinDelayReqInterval = -3;
-        m_logSyncInterval = -4;
-        m_logMinPdelayReqInterval = 2;
+        using namespace nOrvPTP000;
+        put<CURRENT_UTC_OFFSET>(37);
+        put<LEAP61>(true);
+        put<CURRENT_UTC_OFFSET_VALID>(true);
+        put<TIME_TRACEABLE>(true);
+        put<TIME_SOURCE>(0x20);
+        put<SLAVE_ONLY>(true);
+        put<PRIORITY1>(200);
+        put<PRIORITY2>(201);
+        put<DOMAIN_NUMBER>(4);
+        put<CLOCK_QUALITY>(tClockQuality(6, 0x21, 0x4E5D));
+        put<STEPS_REMOVED>(2);
+        put<OFFSET_FROM_MASTER>(-98304);
+        put<MEAN_PATH_DELAY>(i64(1000) << 16);
+        put<PARENT_PORT_IDENTITY>(tPortIdentity(tClockIdentity(kGrandmasterId), 3));
+        put<PARENT_STATS>(true);
+        put<OBSERVED_PARENT_OFFSET_SCALED_LOG_VARIANCE>(0x1234);
+        put<OBSERVED_PARENT_CLOCK_PHASE_CHANGE_RATE>(-2);
+        put<GRANDMASTER_PRIORITY1>(7);
+        put<GRANDMASTER_CLOCK_QUALITY>(tClockQuality(248, 0xFE, 0xFFFF));
+        put<GRANDMASTER_PRIORITY2>(9);
+        put<GRANDMASTER_IDENTITY>(tClockIdentity(kGrandmasterId));
+        put<PORT_STATE>(kPortStateSlave);
+        put<LOG_MIN_DELAY_REQ_INTERVAL>(-3);
+        put<LOG_SYNC_INTERVAL>(-4);
+        put<LOG_MIN_PDELAY_REQ_INTERVAL>(2);
         tStatus status;
-        m_userDescription = tPTPText("clock;lab", status);
+        const u8 mac[6] = {0x02, 0x5A, 0x6D, 0x64, 0x00, 0x01};
+        const u8 address[4] = {169, 254, 0, 1};
+        setPhysicalLayerProtocol(1, tPTPText("IEEE 802.3", status), status, 0);
+        setPhysicalAddress(1, mac, 6, status, 0);
+        setProtocolAddress(1, tPortAddress(1, 4, address, status), status, 0);
+        setManufacturerIdentity(kOui, status, 0);
+        setProductDescription(tPTPText("Orvane;zm;1", status), status, 0);
+        setRevisionData(tPTPText("1;2;3", status), status, 0);
+        setUserDescription(tPTPText("clock;lab", status), status, 0);
     }
 
-    tPTPText getPhysicalLayerProtocol(u16) override { return text("IEEE 802.3"); }
-    u16 getPhysicalAddressLength(u16) override { return 6; }
-    u16 getPhysicalAddress(u16, u8* a_pBytes, tStatus&) override
-    {
-        const u8 mac[6] = {0x02, 0x5A, 0x6D, 0x64, 0x00, 0x01};
-        std::copy(mac, mac + 6, a_pBytes);
-        return 6;
-    }
-    tPortAddress getProtocolAddress(u16) override
-    {
-        const u8 address[4] = {169, 254, 0, 1};
-        tStatus status;
-        return tPortAddress(1, 4, address, status);
-    }
-    void getManufacturerIdentity(u8* a_pBytes, tStatus&) override
-    {
-        std::copy(kOui, kOui + 3, a_pBytes);
-    }
-    tPTPText getProductDescription() override { return text("Orvane;zm;1"); }
-    tPTPText getRevisionData() override { return text("1;2;3"); }
-    tPTPText getUserDescription() override { return m_userDescription; }
-    void setUserDescription(const tPTPText& a_value, tStatus& a_status, i32) override
-    {
-        if (a_value.getLength() > 128)
-        {
-            ORVTARN_SET_CODE(a_status, nOrvTarn000::kStatusOutOfBounds);
-        }
-        m_userDescription.assign(a_value, a_status);
-    }
-    void getProfileIdentity(u16, u8* a_pBytes, tStatus&) override
-    {
-        const u8 profile[6] = {0x00, 0x1B, 0x19, 0x00, 0x01, 0x00};
-        std::copy(profile, profile + 6, a_pBytes);
-    }
     void getCurrentTime(tTimestamp& a_rTime, tStatus&) override { a_rTime = m_time; }
     void setCurrentTime(const tTimestamp& a_time, tStatus& a_status, i32) override
     {
@@ -117,15 +92,7 @@ public:
     }
 
     static constexpr u8 kOui[3] = {0x00, 0xA0, 0xC5};
-    tPTPText m_userDescription;
     tTimestamp m_time{1700000000, 5};
-
-private:
-    static tPTPText text(const char* a_text)
-    {
-        tStatus status;
-        return tPTPText(a_text, status);
-    }
 };
 
 // One GET: the request's data field, the response's TLV, and the dissector

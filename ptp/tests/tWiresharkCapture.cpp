@@ -275,8 +275,9 @@ tFrame managementFrame(const std::string& a_name, const tBytes& a_request, u16 a
 {
     tSampleNode node;
     tFrame frame{a_name, kGeneralPort, respond(node, a_request, a_status), {}};
-    const tMessageSpec spec = {kMessageTypeManagement, 0, 0, 0, kMasterId, 1, 0x1234, 0x7F, 0, 0};
-    expectHeader(frame, spec, 4, 48u + 4u + a_tlvLength);
+    const tMessageFields header = {
+        kMessageTypeManagement, 0, 0, 0, kMasterId, 1, 0x1234, 0x7F, 0, 0};
+    expectHeader(frame, header, 4, 48u + 4u + a_tlvLength);
     frame.expectUnsigned("ptp.v2.mm.targetportidentity", identityNumber(kSlaveId));
     frame.expectInt("ptp.v2.mm.targetportid", 1);
     frame.expectInt("ptp.v2.mm.startingboundaryhops", 2);
