@@ -44,7 +44,6 @@ class tSampleNode : public nFakeNode::tFakeNode
 public:
     tSampleNode() : tFakeNode(tClockIdentity(kMasterId))
     {
-        using namespace nOrvPTP000;
         put<CURRENT_UTC_OFFSET>(37);
         put<LEAP61>(true);
         put<CURRENT_UTC_OFFSET_VALID>(true);
@@ -73,10 +72,11 @@ public:
         tStatus status;
         const u8 mac[6] = {0x02, 0x5A, 0x6D, 0x64, 0x00, 0x01};
         const u8 address[4] = {169, 254, 0, 1};
+        const u8 oui[3] = {0x00, 0xA0, 0xC5};
         setPhysicalLayerProtocol(1, tPTPText("IEEE 802.3", status), status, 0);
         setPhysicalAddress(1, mac, 6, status, 0);
         setProtocolAddress(1, tPortAddress(1, 4, address, status), status, 0);
-        setManufacturerIdentity(kOui, status, 0);
+        setManufacturerIdentity(oui, status, 0);
         setProductDescription(tPTPText("Orvane;zm;1", status), status, 0);
         setRevisionData(tPTPText("1;2;3", status), status, 0);
         setUserDescription(tPTPText("clock;lab", status), status, 0);
@@ -91,7 +91,7 @@ public:
         }
     }
 
-    static constexpr u8 kOui[3] = {0x00, 0xA0, 0xC5};
+private:
     tTimestamp m_time{1700000000, 5};
 };
 
