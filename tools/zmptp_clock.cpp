@@ -31,6 +31,9 @@
 //             transmit_p99_ns=<ns>             at the end, when asked for
 //   timestamps kernel_receive=<n> user_receive=<n> kernel_transmit=<n>
 //              user_transmit=<n>               at the end
+//   management_change property=<id>            every property that a management
+//                                              message set (the property ids of
+//                                              tNodeProperties.def)
 // The summary covers the samples from the first one with a measured path
 // delay on. With --clock-offset-ns the offsets include that offset (without
 // --steer). The servo line gives the true error, the rate (how much faster
@@ -52,6 +55,7 @@
 #include "orvptp/iPTPTimekeeper.h"
 #include "orvptp/iPTPTimestampGenerator.h"
 #include "orvptp/iPortStateObserver.h"
+#include "orvptp/iPropertyChangeObserver.h"
 #include "orvptp/tNodeEvents.h"
 #include "orvptp/tPTPNode.h"
 #include "orvptp/tPortStateCodes.h"
@@ -740,6 +744,25 @@ private:
     tPTPNode* m_pNode;
 };
 
+// Prints what management changes: the changes that the plug-in would write
+// to its settings file, told apart from the program's own by their context.
+class tManagementChangeReporter : public nOrvPTP000::iPropertyChangeObserver
+{
+public:
+    explicit tManagementChangeReporter(tOutput& a_rOutput) : m_rOutput(a_rOutput) {}
+
+    void propertyChanged(i32 a_propertyId, i32 a_context) override
+    {
+        if (a_context == kContextManagement)
+        {
+            m_rOutput.line("management_change property=%d", a_propertyId);
+        }
+    }
+
+private:
+    tOutput& m_rOutput;
+};
+
 // The clock identity of a MAC address: the EUI-48 with FF FE in the middle.
 tClockIdentity clockIdentityOf(const u8* a_pMac)
 {
@@ -912,6 +935,7 @@ int main(int a_argc, char** a_argv)
     tClientUdpNetworkInterface messaging(&probe, &timekeeper, mac, static_cast<u8>(options.m_ttl));
     messaging.setTimestamping(options.m_timestamping);
     tClockDriver driver(options, output);
+    tManagementChangeReporter managementChanges(output);
     std::unique_ptr<tPTPNode> pNode =
         nOrvTarn000::makeOwned<tPTPNode>(status, &messaging, &probe, &timekeeper, identity, status);
     if (pNode == nullptr || status.isFatal())
@@ -928,6 +952,7 @@ int main(int a_argc, char** a_argv)
     pNode->writeProperty<nOrvPTP000::EXTERNAL_CHECKS>(true, flagStatus);
     pNode->writeProperty<nOrvPTP000::AUTOMATIC_RECOVERY>(options.m_automaticRecovery, flagStatus);
     pNode->writeProperty<nOrvPTP000::ADD_PORT_STATE_OBSERVER>(&driver, flagStatus);
+    pNode->writeProperty<nOrvPTP000::ADD_PROPERTY_OBSERVER>(&managementChanges, flagStatus);
     if (pSteeredClock != nullptr)
     {
         pNode->writeProperty<nOrvPTP000::ADD_PORT_STATE_OBSERVER>(pSteeredClock.get(), flagStatus);

@@ -123,9 +123,8 @@ TEST(TLVTest, FactoryRecognisesSkipsAndRefuses)
     } cases[] = {
         {kLXIWithData, 0, kLXIWithData.size(), "hello"},
         {concat(kUnknownTLV, {0x55}), kInvalidArgument, kUnknownTLV.size(), nullptr},
-        // The management family is skipped like any unknown type.
-        {{0x00, 0x01, 0x00, 0x02, 0x12, 0x34}, kInvalidArgument, 6, nullptr},
-        {{0x00, 0x02, 0x00, 0x02, 0x12, 0x34}, kInvalidArgument, 6, nullptr},
+        // An unknown managementId: its data is not skipped.
+        {{0x00, 0x01, 0x00, 0x04, 0x12, 0x34, 0xAB, 0xCD}, kInvalidArgument, 6, nullptr},
     };
     for (const auto& entry : cases)
     {

@@ -9,11 +9,15 @@
 // (the flag word, the scaled correction, the lengths), never read back from
 // the serialised bytes.
 //
+// Management frames are the responses of a clock of known state to a GET of
+// every managementId that GET reads, and one refusal (tManagementSamples.h).
+//
 // Usage: orvptp_wireshark_capture [--expect FILE] [--raw-dir DIR]
 //   --expect   one JSON object per frame in a JSON array: name, UDP port,
 //              datagram and the expected fields
-//   --raw-dir  each datagram as a file of its own (the fuzzer's seed corpus)
-#include "tMessageSamples.h"
+//   --raw-dir  each datagram as a file of its own (the fuzzer's seed corpus),
+//              and a management request of every managementId and action
+#include "tManagementSamples.h"
 
 #include <cstdio>
 #include <fstream>
@@ -262,6 +266,57 @@ tFrame frameOf(const tFrameSpec& a_frame, tStatus& a_status)
     return frame;
 }
 
+// The response to a request of the sample clock, with its header and body
+// fields and the TLV's fields of a_fields ("name=value|...", the ptp.v2.mm.
+// prefix left out).
+tFrame managementFrame(const std::string& a_name, const tBytes& a_request, u16 a_tlvType,
+                       u16 a_managementId, u16 a_tlvLength, const std::string& a_fields,
+                       tStatus& a_status)
+{
+    tSampleNode node;
+    tFrame frame{a_name, kGeneralPort, respond(node, a_request, a_status), {}};
+    const tMessageFields header = {
+        kMessageTypeManagement, 0, 0, 0, kMasterId, 1, 0x1234, 0x7F, 0, 0};
+    expectHeader(frame, header, 4, 48u + 4u + a_tlvLength);
+    frame.expectUnsigned("ptp.v2.mm.targetportidentity", identityNumber(kSlaveId));
+    frame.expectInt("ptp.v2.mm.targetportid", 1);
+    frame.expectInt("ptp.v2.mm.startingboundaryhops", 2);
+    frame.expectInt("ptp.v2.mm.boundaryhops", 1);
+    frame.expectInt("ptp.v2.mm.action", kActionResponse);
+    frame.expectInt("ptp.v2.mm.tlvType", a_tlvType);
+    frame.expectInt("ptp.v2.mm.lengthField", a_tlvLength);
+    frame.expectInt("ptp.v2.mm.managementId", a_managementId);
+    std::istringstream fields(a_fields);
+    std::string field;
+    while (std::getline(fields, field, '|'))
+    {
+        const size_t equals = field.find('=');
+        frame.expect("ptp.v2.mm." + field.substr(0, equals), field.substr(equals + 1));
+    }
+    return frame;
+}
+
+std::vector<tFrame> managementFrames(tStatus& a_status)
+{
+    std::vector<tFrame> frames;
+    for (const tManagementSample& sample : managementSamples())
+    {
+        const tBytes request = managementRequest(
+            kActionGet, managementTLV(sample.m_managementId, sample.m_requestData));
+        const u16 length = static_cast<u16>(sample.m_responseTLV.size() - 4);
+        frames.push_back(managementFrame(std::string("mgmt-") + sample.m_name, request, 1,
+                                         sample.m_managementId, length, sample.m_fields, a_status));
+    }
+    // A SET of a data set, refused: NOT_SUPPORTED with its text.
+    frames.push_back(managementFrame(
+        "mgmt-refused", managementRequest(kActionSet, managementTLV(0x2000, tBytes(20, 0))), 2,
+        0x2000, 32,
+        "managementErrorId=6|displayData=\"Unsupported actionField\"|"
+        "displayData=\"Unsupported actionField\"",
+        a_status));
+    return frames;
+}
+
 // ------------------------------------------------------------ output
 
 bool writeFile(const std::string& a_path, const tBytes& a_bytes)
@@ -330,6 +385,10 @@ int main(int argc, char** argv)
     {
         frames.push_back(frameOf(fields, status));
     }
+    for (tFrame& frame : managementFrames(status))
+    {
+        frames.push_back(frame);
+    }
     if (status.isFatal())
     {
         std::cerr << "building the messages failed with status " << status.getCode() << " at "
@@ -341,6 +400,11 @@ int main(int argc, char** argv)
     for (size_t i = 0; !paths[1].empty() && i < frames.size(); ++i)
     {
         ok = writeFile(paths[1] + "/" + frames[i].name + ".bin", frames[i].datagram) && ok;
+    }
+    for (const auto& request :
+         paths[1].empty() ? decltype(managementRequests())() : managementRequests())
+    {
+        ok = writeFile(paths[1] + "/" + request.first + ".bin", request.second) && ok;
     }
     std::cout << frames.size() << " messages written\n";
     return ok ? 0 : 1;

@@ -4,6 +4,7 @@
 #include "orvptp/tDelayReqMessage.h"
 #include "orvptp/tDelayRespMessage.h"
 #include "orvptp/tFollowUpMessage.h"
+#include "orvptp/tManagementMessage.h"
 #include "orvptp/tSignalingMessage.h"
 #include "orvptp/tSyncMessage.h"
 #include "orvtarn/protons/status/tAllocation.h"
@@ -44,9 +45,7 @@ std::unique_ptr<tPTPMessage>
 tPTPMessageFactory::newMessageOfType(std::unique_ptr<tMessageHeader> a_pHeader,
                                      iSerializableTarget& a_target, tStatus& a_status)
 {
-    // Peer delay messages and unassigned types are refused here. Management
-    // messages belong in this switch as well; until they exist they are
-    // refused like unassigned types.
+    // Peer delay messages and unassigned types are refused here.
     switch (a_pHeader->getMessageType())
     {
     case kMessageTypeSync:
@@ -61,6 +60,8 @@ tPTPMessageFactory::newMessageOfType(std::unique_ptr<tMessageHeader> a_pHeader,
         return makeOwned<tAnnounceMessage>(a_status, std::move(a_pHeader), a_target, a_status);
     case kMessageTypeSignaling:
         return makeOwned<tSignalingMessage>(a_status, std::move(a_pHeader), a_target, a_status);
+    case kMessageTypeManagement:
+        return makeOwned<tManagementMessage>(a_status, std::move(a_pHeader), a_target, a_status);
     default:
         ORVTARN_SET_CODE(a_status, nOrvTarn000::kStatusInvalidArgument);
         return nullptr;

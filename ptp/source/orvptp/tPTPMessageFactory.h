@@ -13,7 +13,8 @@ public:
     // Parses the datagram from the read position of a_target to the end of its
     // data and returns the message, or null with:
     //   kStatusOutOfBounds    fewer than 34 octets, or a body cut short;
-    //   kStatusNotSupported   a versionPTP other than 2 (the body is not read);
+    //   kStatusNotSupported   a versionPTP other than 2 (the body is not read),
+    //                         or a management actionField above 4;
     //   kStatusInvalidArgument a message type that this clock does not take
     //                         (peer delay, unassigned values);
     //   kStatusMemoryFull.

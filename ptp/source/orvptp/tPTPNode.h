@@ -26,6 +26,7 @@ namespace nOrvPTP000
 class tDelayReqMessage;
 class tDelayRespMessage;
 class tFollowUpMessage;
+class tManagementMessage;
 class tPTPMessage;
 class tSyncMessage;
 
@@ -215,6 +216,10 @@ private:
     void receiveAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, u8 a_state,
                          tStatus& a_status);
     bool isFromParentClock(const tPTPMessage& a_message) const;
+    // Management to this clock: to one of its ports, or to all of them.
+    void receiveManagement(tManagementMessage& a_rMessage, tStatus& a_status);
+    // Applies the request to the port of its target and sends the response.
+    void answerManagement(tManagementMessage& a_rMessage, tStatus& a_status);
     // Transmission. sendSync and sendFollowUp share the packet: the Sync's
     // transmit time is looked up by it.
     void sendAnnounce(tStatus& a_status);

@@ -4,6 +4,7 @@
 #include "orvptp/tFollowUpMessage.h"
 #include "orvptp/tForeignMasterAging.h"
 #include "orvptp/tLogInterval.h"
+#include "orvptp/tManagementMessage.h"
 #include "orvptp/tPTPMessageFactory.h"
 #include "orvptp/tPTPNode.h"
 #include "orvptp/tProtocolDataUnit.h"
@@ -104,8 +105,14 @@ void tPTPNode::handlePacketReceived(std::unique_ptr<tProtocolDataUnit> a_pPacket
     case kMessageTypeAnnounce:
         receiveAnnounce(downcast<tAnnounceMessage>(std::move(pMessage)), state, a_status);
         break;
+    case kMessageTypeManagement:
+        if (state != kPortStateInitializing)
+        {
+            receiveManagement(static_cast<tManagementMessage&>(*pMessage), a_status);
+        }
+        break;
     default:
-        // Signaling, and management until this clock answers it.
+        // Signaling.
         break;
     }
 }
@@ -206,6 +213,58 @@ void tPTPNode::receiveAnnounce(std::unique_ptr<tAnnounceMessage> a_pMessage, u8 
         storeForeignAnnounce(std::move(a_pMessage), *m_pForeignMasterDS, m_bmcOutput, *this,
                              a_status);
     }
+}
+
+void tPTPNode::receiveManagement(tManagementMessage& a_rMessage, tStatus& a_status)
+{
+    // A target of all clocks means this one, from here on and in the response.
+    tPortIdentity target = a_rMessage.getTargetPortIdentity();
+    const tClockIdentity& own = m_defaultDS.getClockIdentity();
+    if (target.getClockIdentity() == kAllOnesClockIdentity)
+    {
+        target.setClockIdentity(own, a_status);
+        a_rMessage.setTargetPortIdentity(target, a_status);
+    }
+    if (target.getClockIdentity() != own)
+    {
+        return;
+    }
+    const u16 numberPorts = m_defaultDS.getNumberPorts();
+    const u16 portNumber = target.getPortNumber();
+    if (portNumber == tPortIdentity::kAllPorts)
+    {
+        // Every port answers; the last one with the message itself.
+        for (u16 other = 1; other < numberPorts; ++other)
+        {
+            std::unique_ptr<tManagementMessage> pCopy = a_rMessage.clone(a_status);
+            if (pCopy == nullptr)
+            {
+                return;
+            }
+            pCopy->setTargetPortIdentity(tPortIdentity(own, other), a_status);
+            answerManagement(*pCopy, a_status);
+        }
+        a_rMessage.setTargetPortIdentity(tPortIdentity(own, numberPorts), a_status);
+        answerManagement(a_rMessage, a_status);
+    }
+    else if (portNumber >= 1 && portNumber <= numberPorts)
+    {
+        answerManagement(a_rMessage, a_status);
+    }
+}
+
+void tPTPNode::answerManagement(tManagementMessage& a_rMessage, tStatus& a_status)
+{
+    tManagementMessage* pResponse = a_rMessage.processRequest(*this, a_status);
+    if (pResponse == nullptr)
+    {
+        return;
+    }
+    // Whatever the request's work left in a_status, the answer goes out.
+    tStatus sendStatus;
+    tProtocolDataUnit packet(sendStatus);
+    pResponse->serialize(packet, sendStatus);
+    m_networkMaintainer.sendGeneral(packet, sendStatus);
 }
 
 // ---- transmission ----

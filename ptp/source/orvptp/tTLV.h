@@ -6,6 +6,8 @@
 namespace nOrvPTP000
 {
 
+class tManagementMessagePayload;
+
 // tlvType values that this clock recognises.
 enum : u16
 {
@@ -52,6 +54,9 @@ public:
     virtual void serializeValue(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status) = 0;
     // A deep copy; null when the status is or becomes fatal.
     [[nodiscard]] virtual std::unique_ptr<tTLV> clone(nOrvTarn000::tStatus& a_status) const = 0;
+    // The TLV as the payload of a management message, or null for any other
+    // kind: only the management TLVs and the error status answer requests.
+    virtual tManagementMessagePayload* asManagementPayload() { return nullptr; }
 
 private:
     u16 m_tlvType;

@@ -1,5 +1,7 @@
 #include "orvptp/tTLVFactory.h"
 
+#include "orvptp/TLVs/tManagementErrorStatusTLV.h"
+#include "orvptp/TLVs/tManagementTLVFactory.h"
 #include "orvptp/tOctetBlock.h"
 #include "orvptp/tOrganizationExtensionTLVFactory.h"
 
@@ -21,12 +23,16 @@ std::unique_ptr<tTLV> tTLVFactory::createTLV(iSerializableTarget& a_target, tSta
         return nullptr;
     }
 
-    // The one place where a tlvType chooses its class. The management family
-    // (kTlvTypeManagement, kTlvTypeManagementErrorStatus) belongs here too;
-    // until its classes exist, its TLVs are skipped like any unknown type.
+    // The one place where a tlvType chooses its class.
     std::unique_ptr<tTLV> pTLV;
     switch (tlvType)
     {
+    case kTlvTypeManagement:
+        pTLV = tManagementTLVFactory::createManagementTLV(a_target, a_status);
+        break;
+    case kTlvTypeManagementErrorStatus:
+        pTLV = createErrorStatusTLV(a_target, a_status);
+        break;
     case kTlvTypeOrganizationExtension:
         pTLV = tOrganizationExtensionTLVFactory::createOrganizationExtensionTLV(a_target, a_status);
         break;
@@ -38,6 +44,21 @@ std::unique_ptr<tTLV> tTLVFactory::createTLV(iSerializableTarget& a_target, tSta
     if (a_status.isFatal())
     {
         return nullptr;
+    }
+    return pTLV;
+}
+
+std::unique_ptr<tTLV> tTLVFactory::createErrorStatusTLV(iSerializableTarget& a_target,
+                                                        tStatus& a_status)
+{
+    std::unique_ptr<tManagementErrorStatusTLV> pTLV =
+        nOrvTarn000::makeOwned<tManagementErrorStatusTLV>(a_status);
+    u16 lengthField = 0;
+    a_target.readUInteger16(lengthField, a_status);
+    if (pTLV != nullptr)
+    {
+        pTLV->setLength(lengthField, a_status, 1);
+        pTLV->deserializeValue(a_target, a_status);
     }
     return pTLV;
 }

@@ -16,6 +16,9 @@ public:
                                                          nOrvTarn000::tStatus& a_status);
 
 private:
+    // MANAGEMENT_ERROR_STATUS, which keeps what it got of a value cut short.
+    static std::unique_ptr<tTLV> createErrorStatusTLV(iSerializableTarget& a_target,
+                                                      nOrvTarn000::tStatus& a_status);
     // Reads the lengthField and drops the value behind it.
     static void skipUnknownTLV(iSerializableTarget& a_target, nOrvTarn000::tStatus& a_status);
 };
