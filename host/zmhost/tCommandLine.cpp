@@ -2,6 +2,7 @@
 
 #include "tExitCodes.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
@@ -19,9 +20,10 @@ enum : int
     kOptionClockPpm
 };
 
-const char kShortOptions[] = ":i:r:L:d:t:jc:l:qhv";
+const char kShortOptions[] = ":i:r:f:L:d:t:jc:l:qvhV";
 const option kLongOptions[] = {{"interface", required_argument, nullptr, 'i'},
                                {"root", required_argument, nullptr, 'r'},
+                               {"config", required_argument, nullptr, 'f'},
                                {"library", required_argument, nullptr, 'L'},
                                {"duration", required_argument, nullptr, 'd'},
                                {"start-timeout", required_argument, nullptr, 't'},
@@ -29,11 +31,15 @@ const option kLongOptions[] = {{"interface", required_argument, nullptr, 'i'},
                                {"csv", required_argument, nullptr, 'c'},
                                {"level", required_argument, nullptr, 'l'},
                                {"quiet", no_argument, nullptr, 'q'},
+                               {"verbose", no_argument, nullptr, 'v'},
                                {"clock-offset-ns", required_argument, nullptr, kOptionClockOffset},
                                {"clock-ppm", required_argument, nullptr, kOptionClockPpm},
                                {"help", no_argument, nullptr, 'h'},
-                               {"version", no_argument, nullptr, 'v'},
+                               {"version", no_argument, nullptr, 'V'},
                                {nullptr, 0, nullptr, 0}};
+
+// Where the library finds its settings file under a root.
+const char kFileBelowRoot[] = "/orv-rt/system/zelmar/zelmar-ptp.ini";
 
 // The largest start offset of the software clock: a day.
 const f64 kMaximumClockOffsetNs = 86400e9;
@@ -89,6 +95,20 @@ tCommand parseCommandLine(int a_argc, char** a_argv, tOptions& a_rOptions, std::
             a_rOptions.m_root = optarg;
             valid = !a_rOptions.m_root.empty();
             break;
+        case 'f':
+        {
+            // The library takes a root only: the file must lie where it looks.
+            const std::string path = optarg;
+            const size_t tail = sizeof(kFileBelowRoot) - 1;
+            if (path.size() <= tail || path.compare(path.size() - tail, tail, kFileBelowRoot) != 0)
+            {
+                a_rError = "--config " + path + ": the library reads only ROOT" + kFileBelowRoot +
+                           " (or give --root ROOT)";
+                return tCommand::kUsageError;
+            }
+            a_rOptions.m_root = path.substr(0, path.size() - tail);
+            break;
+        }
         case 'L':
             a_rOptions.m_library = optarg;
             valid = !a_rOptions.m_library.empty();
@@ -107,12 +127,15 @@ tCommand parseCommandLine(int a_argc, char** a_argv, tOptions& a_rOptions, std::
             valid = !a_rOptions.m_csvPath.empty();
             break;
         case 'l':
-            valid = readNumber(optarg, tOptions::kLevelEvents, tOptions::kLevelSeconds, number) &&
+            valid = readNumber(optarg, tOptions::kLevelEvents, tOptions::kLevelLooks, number) &&
                     number == std::floor(number);
             a_rOptions.m_level = static_cast<int>(number);
             break;
         case 'q':
-            a_rOptions.m_level = tOptions::kLevelEvents;
+            a_rOptions.m_level = std::max<int>(a_rOptions.m_level - 1, tOptions::kLevelEvents);
+            break;
+        case 'v':
+            a_rOptions.m_level = std::min<int>(a_rOptions.m_level + 1, tOptions::kLevelLooks);
             break;
         case kOptionClockOffset:
             valid = readNumber(optarg, -kMaximumClockOffsetNs, kMaximumClockOffsetNs, number) &&
@@ -124,7 +147,7 @@ tCommand parseCommandLine(int a_argc, char** a_argv, tOptions& a_rOptions, std::
             break;
         case 'h':
             return tCommand::kHelp;
-        case 'v':
+        case 'V':
             return tCommand::kVersion;
         case ':':
             a_rError = "option " + optionName(optopt, a_argv) + " needs a value";
@@ -175,7 +198,7 @@ void printUsage(std::FILE* a_pFile)
                "     --clock-offset-ns NS start the software clock NS off the system clock (0)\n"
                "     --clock-ppm PPM      let it run PPM parts per million fast until steered (0)\n"
                " -h, --help               this text\n"
-               " -v, --version            the version and the library that would be loaded\n"
+               " -V, --version            the version and the library that would be loaded\n"
                "\n"
                "The library's own messages go to standard error.\n"
                "\n"

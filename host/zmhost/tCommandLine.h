@@ -14,7 +14,8 @@ struct tOptions
     {
         kLevelEvents = 0,  // events only: online, offline, the summary
         kLevelChanges = 1, // and a status line at each change
-        kLevelSeconds = 2  // and a status line every second
+        kLevelSeconds = 2, // and a status line every second
+        kLevelLooks = 3    // and one at each look, ten a second
     };
 
     std::string m_interface; // empty: the settings file names the device

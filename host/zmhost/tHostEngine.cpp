@@ -142,13 +142,16 @@ public:
             record.m_seconds = seconds();
             m_reader.readWatched(record);
             const bool changed = watchedDiffer(record, m_last);
-            if (changed || periodic)
+            const int level = m_rOptions.m_level;
+            const bool show = level >= tOptions::kLevelLooks ||
+                              (periodic && level >= tOptions::kLevelSeconds) ||
+                              (changed && level >= tOptions::kLevelChanges);
+            // The CSV file and the summary have every full record.
+            if (show || changed || periodic)
             {
                 m_reader.readRest(record, m_rClock);
                 m_summary.add(record);
-                m_rOutput.record(record,
-                                 (periodic && m_rOptions.m_level >= tOptions::kLevelSeconds) ||
-                                     (changed && m_rOptions.m_level >= tOptions::kLevelChanges));
+                m_rOutput.record(record, show);
             }
             m_last = record;
         }
