@@ -1,7 +1,6 @@
 // The deferred-action queue on a manual clock (delays, order, re-queueing,
 // stop), and under real threads that queue while it stops.
 #include "tDeferredActionQueue.h"
-#include "tDeferredControllerActions.h"
 #include "tManualClock.h"
 
 #include <gtest/gtest.h>
@@ -56,14 +55,10 @@ struct DeferredActionQueueTest : testing::Test
         std::lock_guard<std::mutex> lock(m_mutex);
         return std::move(m_runs);
     }
-    iDeferredAction* action(std::function<void()> a_call)
-    {
-        m_actions.emplace_back(std::move(a_call));
-        return &m_actions.back();
-    }
     iDeferredAction* action(const char* a_name)
     {
-        return action([this, a_name] { ran(a_name); });
+        m_actions.emplace_back([this, a_name] { ran(a_name); });
+        return &m_actions.back();
     }
 
     // Declared before the queue, so that they outlive its worker.
@@ -75,90 +70,32 @@ struct DeferredActionQueueTest : testing::Test
     tDeferredActionQueue m_queue{m_clock, m_status};
 };
 
-TEST_F(DeferredActionQueueTest, DelayEndsOneTickAfterItsLengthAndZeroIsAtOnce)
-{
-    // One action, armed again for each row: a 0 after a delay is due at once.
-    iDeferredAction* pAction = action("a");
-    const u32 kDelays[] = {5, 0, 1, 1000};
-    for (u32 delayMs : kDelays)
-    {
-        const u64 start = m_clock.now();
-        const u64 due = delayMs == 0 ? start : start + (delayMs + 1) * kMs;
-        m_queue.queueAfter(pAction, delayMs, m_status);
-        ASSERT_TRUE(m_clock.settle());
-        if (due > start)
-        {
-            EXPECT_EQ(due, m_clock.getNextDeadline()) << delayMs << ": the wait is the delay";
-            ASSERT_TRUE(m_clock.runFor(due - start - 1));
-            EXPECT_TRUE(takeRuns().empty()) << delayMs << ": ran before its time";
-            ASSERT_TRUE(m_clock.runFor(1));
-        }
-        EXPECT_EQ(tRuns({{"a", due}}), takeRuns()) << delayMs;
-        EXPECT_EQ(tManualClock::kNever, m_clock.getNextDeadline()) << "an idle worker sleeps";
-    }
-    EXPECT_EQ(kStatusSuccess, m_status.getCode());
-}
-
-class tTwoActionOwner : public tDeferredOnlineAction, public tDeferredOfflineAction
-{
-public:
-    explicit tTwoActionOwner(DeferredActionQueueTest& a_rTest) : m_rTest(a_rTest) {}
-
-protected:
-    void deferredOnline() override { m_rTest.ran("online"); }
-    void deferredOffline() override { m_rTest.ran("offline"); }
-
-private:
-    DeferredActionQueueTest& m_rTest;
-};
-
+// Delays end one tick after their length; among the due actions the first
+// queued runs first; an action armed again with 0 is due at once.
 TEST_F(DeferredActionQueueTest, DueActionsRunByTheirTimeThenInQueueingOrder)
 {
-    tTwoActionOwner owner(*this);
+    iDeferredAction* pAgain = action("b");
     m_queue.queueAfter(action("a"), 50, m_status);
-    m_queue.queueAfter(action("b"), 10, m_status);
+    m_queue.queueAfter(pAgain, 10, m_status);
     m_queue.queueAfter(action("c"), 20, m_status);
     m_queue.queueAfter(action("d"), 20, m_status);
-    m_queue.queue(static_cast<tDeferredOfflineAction*>(&owner), m_status);
-    m_queue.queue(static_cast<tDeferredOnlineAction*>(&owner), m_status);
+    m_queue.queue(action("e"), m_status);
+    ASSERT_TRUE(m_clock.runFor(15 * kMs));
+    m_queue.queue(pAgain, m_status);
     ASSERT_TRUE(m_clock.runFor(100 * kMs));
-    EXPECT_EQ(tRuns({{"offline", 0},
-                     {"online", 0},
+    EXPECT_EQ(tRuns({{"e", 0},
                      {"b", 11 * kMs},
+                     {"b", 15 * kMs},
                      {"c", 21 * kMs},
                      {"d", 21 * kMs},
                      {"a", 51 * kMs}}),
               takeRuns());
+    EXPECT_EQ(tManualClock::kNever, m_clock.getNextDeadline()) << "an idle worker sleeps";
     EXPECT_EQ(kStatusSuccess, m_status.getCode());
     // Left waiting for the destructor, which ends the worker before the
     // queue's parts go; the action stays the test's.
     m_queue.queueAfter(action("never"), 1000, m_status);
     ASSERT_TRUE(m_clock.settle());
-}
-
-TEST_F(DeferredActionQueueTest, ActionThatQueuesItselfRunsOncePerPeriodWhileItDoesSo)
-{
-    int left = 4;
-    iDeferredAction* pAgain = nullptr;
-    pAgain = action(
-        [&]
-        {
-            ran("again");
-            if (--left > 0)
-            {
-                tStatus status;
-                m_queue.queueAfter(pAgain, 1000, status);
-                EXPECT_EQ(kStatusSuccess, status.getCode());
-            }
-        });
-    m_queue.queueAfter(pAgain, 1000, m_status);
-    ASSERT_TRUE(m_clock.runFor(10000 * kMs));
-    EXPECT_EQ(tRuns({{"again", 1001 * kMs},
-                     {"again", 2002 * kMs},
-                     {"again", 3003 * kMs},
-                     {"again", 4004 * kMs}}),
-              takeRuns());
-    EXPECT_EQ(tManualClock::kNever, m_clock.getNextDeadline());
 }
 
 TEST_F(DeferredActionQueueTest, StopEndsTheSleepingWorkerAndDropsWhatWaitsAndWhatComesLater)

@@ -94,15 +94,13 @@ TEST_F(StaticAttributes, FileLiesUnderTheRootAndKeysCarryTheSourcePrefix)
 TEST_F(StaticAttributes, EachTypeReadsOrFallsBackToItsDefault)
 {
     const std::string longText(300, 'x');
+    // The parse of each type is the ini store's; here its outcome per type.
     const tReadCase cases[] = {
         {"source.ptp.other = 5", "u32", "7", 0},
-        {"source.ptp.k = 5", "u32", "5", 0},
         {"SOURCE.PTP.K = 5", "u32", "5", 0},
         {"source.ptp.k = -1", "u32", "7", -52003},
-        {"source.ptp.k = -1", "i32", "7", -52003},
         {"source.ptp.k = 4294967295", "i32", "-1", 0},
-        {"source.ptp.k = 2147483648", "i32", "-2147483648", 0},
-        {"source.ptp.k = high", "u32", "7", -52003},
+        {"source.ptp.k = x", "i32", "7", -52003},
         {"source.ptp.k = 0.25", "f64", "0.250000", 0},
         {"source.ptp.k = 1s", "f64", "7.000000", -52003},
         {"source.ptp.k = TRUE", "bool", "true", 0},

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <limits>
 
 using zelmarPluginCore_1_0::tTimeValue;
@@ -10,138 +9,84 @@ using zelmarPluginCore_1_0::tTimeValue;
 namespace
 {
 
-void expectValue(const tTimeValue& a_value, u64 a_magnitude, i32 a_sign)
+struct tExpected
 {
-    EXPECT_EQ(a_magnitude, a_value.getMagnitude());
-    EXPECT_EQ(a_sign, a_value.getSign());
+    u64 m_magnitude;
+    i32 m_sign;
+};
+
+void expectValue(const tTimeValue& a_value, tExpected a_expected, int a_row)
+{
+    EXPECT_EQ(a_expected.m_magnitude, a_value.getMagnitude()) << "row " << a_row;
+    EXPECT_EQ(a_expected.m_sign, a_value.getSign()) << "row " << a_row;
 }
 
-} // namespace
-
-TEST(TimeValueConstruction, DefaultIsPositiveZero)
+TEST(TimeValue, EachConstructionAndArithmeticGivesMagnitudeAndSign)
 {
-    expectValue(tTimeValue(), 0, 1);
-    EXPECT_EQ(0, tTimeValue().getSignedNanoseconds());
-}
-
-TEST(TimeValueConstruction, SecondsAndNanosecondsKeepTheSignGiven)
-{
-    expectValue(tTimeValue(3u, 250u, -1), 3000000250ull, -1);
-    expectValue(tTimeValue(3u, 250u, 1), 3000000250ull, 1);
-    expectValue(tTimeValue(0u, 0u, -1), 0, -1);
-    expectValue(tTimeValue(0u, 7u, -5), 7, -1);
-
-    const tTimeValue largest(0xFFFFFFFFu, 999999999u, 1);
-    EXPECT_EQ(0xFFFFFFFFull, largest.getSeconds()) << "seconds beyond 32 bits of nanoseconds";
-    EXPECT_EQ(999999999u, largest.getNanoseconds());
-}
-
-TEST(TimeValueConstruction, SignedNanosecondsGiveMagnitudeAndSign)
-{
-    expectValue(tTimeValue(i32(-1500)), 1500, -1);
-    expectValue(tTimeValue(i32(1500)), 1500, 1);
-    expectValue(tTimeValue(std::numeric_limits<i32>::min()), 2147483648ull, -1);
-    expectValue(tTimeValue(i64(-5000000000ll)), 5000000000ull, -1);
-    expectValue(tTimeValue(i64(0)), 0, 1);
-
-    const tTimeValue lowest(std::numeric_limits<i64>::min());
-    expectValue(lowest, 0x8000000000000000ull, -1);
-    EXPECT_EQ(std::numeric_limits<i64>::min(), lowest.getSignedNanoseconds());
-}
-
-TEST(TimeValueConstruction, SecondsAsFloatingPointTruncateBothParts)
-{
-    const tTimeValue half(-0.5);
-    expectValue(half, 500000000ull, -1);
-    EXPECT_EQ(-0.5, half.toSeconds());
-
-    expectValue(tTimeValue(-0.0), 0, 1);
-    expectValue(tTimeValue(2.75), 2750000000ull, 1);
-    // The fraction is truncated, not rounded.
-    expectValue(tTimeValue(2.5e-9), 2, 1);
-    expectValue(tTimeValue(-1.0000000019), 1000000001ull, -1);
-    EXPECT_EQ(1u, tTimeValue(1.0000000019).getSeconds());
-}
-
-TEST(TimeValueConstruction, FloatingPointOutsideTheRangeIsHeldAtItsEnd)
-{
-    expectValue(tTimeValue(std::numeric_limits<f64>::quiet_NaN()), 0, 1);
-    const tTimeValue huge(1e30);
-    EXPECT_EQ(1, huge.getSign());
-    EXPECT_GT(huge.getMagnitude(), 18000000000000000000ull);
+    const i64 kLowest = std::numeric_limits<i64>::min();
+    const std::pair<tTimeValue, tExpected> kRows[] = {
+        {tTimeValue(), {0, 1}},
+        {tTimeValue(3u, 250u, -1), {3000000250ull, -1}},
+        {tTimeValue(0u, 0u, -1), {0, -1}},
+        {tTimeValue(0u, 7u, -5), {7, -1}},
+        {tTimeValue(std::numeric_limits<i32>::min()), {2147483648ull, -1}},
+        {tTimeValue(i64(-5000000000ll)), {5000000000ull, -1}},
+        {tTimeValue(kLowest), {0x8000000000000000ull, -1}},
+        // Seconds as floating point: both parts truncate, -0 is positive.
+        {tTimeValue(-0.5), {500000000ull, -1}},
+        {tTimeValue(-0.0), {0, 1}},
+        {tTimeValue(2.5e-9), {2, 1}},
+        {tTimeValue(-1.0000000019), {1000000001ull, -1}},
+        {tTimeValue(std::numeric_limits<f64>::quiet_NaN()), {0, 1}},
+        // The sign of a sum or difference is the result's; equal values give +0.
+        {tTimeValue(i64(3)) - tTimeValue(i64(5)), {2, -1}},
+        {tTimeValue(i64(-3)) + tTimeValue(i64(5)), {2, 1}},
+        {tTimeValue(i64(-3)) + tTimeValue(i64(-5)), {8, -1}},
+        {tTimeValue(2u, 600000000u, 1) + tTimeValue(1u, 700000000u, 1), {4300000000ull, 1}},
+        {tTimeValue(i64(-42)) - tTimeValue(i64(-42)), {0, 1}},
+        {tTimeValue(0u, 0u, -1) - tTimeValue(0u, 0u, -1), {0, 1}},
+        // Division truncates towards zero; a divisor of 0 gives zero.
+        {tTimeValue(i64(-7)) / 2, {3, -1}},
+        {tTimeValue(i64(7)) / -2, {3, -1}},
+        {tTimeValue(i64(-7)) / -2, {3, 1}},
+        {tTimeValue(i64(1)) / 2, {0, 1}},
+        {tTimeValue(i64(-99)) / 0, {0, 1}},
+        {tTimeValue(i64(-99)) / -1, {99, 1}},
+    };
+    int row = 0;
+    for (const auto& entry : kRows)
+    {
+        expectValue(entry.first, entry.second, row++);
+    }
+    EXPECT_EQ(kLowest, tTimeValue(kLowest).getSignedNanoseconds());
+    EXPECT_EQ(-0.5, tTimeValue(-0.5).toSeconds());
+    EXPECT_GT(tTimeValue(1e30).getMagnitude(), 18000000000000000000ull) << "held at the end";
     EXPECT_EQ(-1, tTimeValue(-std::numeric_limits<f64>::infinity()).getSign());
-}
 
-TEST(TimeValueConversion, PartsAndSignedNanoseconds)
-{
     const tTimeValue value(i64(-12345678901ll));
     EXPECT_EQ(12u, value.getSeconds());
     EXPECT_EQ(345678901u, value.getNanoseconds());
     EXPECT_EQ(-12345678901ll, value.getSignedNanoseconds());
     EXPECT_DOUBLE_EQ(-12.345678901, value.toSeconds());
-    EXPECT_DOUBLE_EQ(4.000000001, tTimeValue(4u, 1u, 1).toSeconds());
+    const tTimeValue largest(0xFFFFFFFFu, 999999999u, 1);
+    EXPECT_EQ(0xFFFFFFFFull, largest.getSeconds()) << "seconds beyond 32 bits of nanoseconds";
 }
 
-TEST(TimeValueArithmetic, AddAndSubtractTakeTheSignOfTheResult)
+TEST(TimeValue, OrderFollowsTheSignedValueAndEqualityAllFields)
 {
-    const tTimeValue three(i64(3));
-    const tTimeValue five(i64(5));
-    expectValue(three - five, 2, -1);
-    expectValue(five - three, 2, 1);
-    expectValue(tTimeValue(i64(-3)) + five, 2, 1);
-    expectValue(tTimeValue(i64(-3)) + tTimeValue(i64(-5)), 8, -1);
-    expectValue(tTimeValue(2u, 600000000u, 1) + tTimeValue(1u, 700000000u, 1), 4300000000ull, 1);
-}
-
-TEST(TimeValueArithmetic, SubtractingEqualValuesGivesPositiveZero)
-{
-    const tTimeValue negative(i64(-42));
-    expectValue(negative - negative, 0, 1);
-    expectValue(tTimeValue(0u, 0u, -1) - tTimeValue(0u, 0u, -1), 0, 1);
-}
-
-TEST(TimeValueArithmetic, DivisionTruncatesTowardsZeroAndZeroDivisorGivesZero)
-{
-    expectValue(tTimeValue(i64(-7)) / 2, 3, -1);
-    expectValue(tTimeValue(i64(7)) / -2, 3, -1);
-    expectValue(tTimeValue(i64(-7)) / -2, 3, 1);
-    expectValue(tTimeValue(i64(1)) / 2, 0, 1);
-    expectValue(tTimeValue(i64(-99)) / 0, 0, 1);
-    expectValue(tTimeValue(i64(-99)) / -1, 99, 1);
-}
-
-TEST(TimeValueArithmetic, TransmitTimeFormulaIsAfterPlusHalfTheSpan)
-{
-    // The messaging's send time: the later reading plus half the time the
-    // send call took.
-    const tTimeValue before(100u, 999999000u, 1);
-    const tTimeValue after(101u, 1000u, 1);
-    const tTimeValue sent = after + (after - before) / 2;
-    EXPECT_EQ(101u, sent.getSeconds());
-    EXPECT_EQ(2000u, sent.getNanoseconds());
-}
-
-TEST(TimeValueComparison, OrderFollowsTheSignedValue)
-{
-    const tTimeValue minusTen(i64(-10));
-    const tTimeValue minusTwo(i64(-2));
-    const tTimeValue plusOne(i64(1));
-    const tTimeValue plusTen(i64(10));
-
-    EXPECT_LT(minusTen, minusTwo) << "negative magnitudes compare inverted";
-    EXPECT_GT(minusTwo, minusTen);
-    EXPECT_LT(minusTwo, plusOne);
-    EXPECT_GT(plusOne, minusTen) << "a positive value beats a larger negative magnitude";
-    EXPECT_LT(plusOne, plusTen);
-    EXPECT_LE(plusOne, tTimeValue(i64(1)));
-    EXPECT_GE(plusOne, tTimeValue(i64(1)));
-    EXPECT_FALSE(plusOne < plusOne);
-}
-
-TEST(TimeValueComparison, EqualityMeansAllFieldsSoNegativeZeroDiffers)
-{
-    const tTimeValue negativeZero(0u, 0u, -1);
-    EXPECT_NE(negativeZero, tTimeValue());
-    EXPECT_LT(negativeZero, tTimeValue());
+    const tTimeValue ordered[] = {tTimeValue(i64(-10)), tTimeValue(i64(-2)), tTimeValue(0u, 0u, -1),
+                                  tTimeValue(),         tTimeValue(i64(1)),  tTimeValue(i64(10))};
+    for (std::size_t low = 0; low < 6; ++low)
+    {
+        for (std::size_t high = 0; high < 6; ++high)
+        {
+            EXPECT_EQ(low < high, ordered[low] < ordered[high]) << low << " " << high;
+            EXPECT_EQ(low == high, ordered[low] == ordered[high]) << low << " " << high;
+        }
+    }
+    EXPECT_LE(tTimeValue(i64(1)), tTimeValue(i64(1)));
+    EXPECT_GE(tTimeValue(i64(1)), tTimeValue(i64(1)));
     EXPECT_EQ(tTimeValue(1u, 5u, 1), tTimeValue(i64(1000000005)));
 }
+
+} // namespace

@@ -10,7 +10,6 @@
 
 using namespace zelmarPluginCore_1_0;
 using nOrvTarn000::kStatusInternalError;
-using nOrvTarn000::kStatusInvalidState;
 using nOrvTarn000::tStatus;
 
 namespace
@@ -47,27 +46,6 @@ struct tRig
     nZelmar::tSoftwareTimeReference m_reference;
     tTimekeeper m_timekeeper;
 };
-
-TEST(Timekeeper, WithoutReferenceTheReferenceOperationsFailAndTheGettersWork)
-{
-    tRig rig;
-    tStatus status;
-    tTimekeeper detached(status);
-    rig.m_timekeeper.detach();
-    for (tTimekeeper* pTimekeeper : {&detached, &rig.m_timekeeper})
-    {
-        tStatus timeStatus, stepStatus, sampleStatus;
-        EXPECT_EQ(tTimeValue(), pTimekeeper->getTime(timeStatus));
-        pTimekeeper->stepTime(tTimeValue(i64(5)), stepStatus);
-        pTimekeeper->addTimeSample(tTimeValue(i64(5)), tTimeValue(), sampleStatus);
-        for (const tStatus* pStatus : {&timeStatus, &stepStatus, &sampleStatus})
-        {
-            EXPECT_EQ(kStatusInvalidState, pStatus->getCode());
-        }
-        EXPECT_EQ(0.001, pTimekeeper->getGain(status));
-    }
-    EXPECT_EQ(0, status.getCode());
-}
 
 TEST(Timekeeper, TimeCountsFromTheUnixEpochAndStepTimeSetsIt)
 {
@@ -321,17 +299,6 @@ TEST(Timekeeper, SamplesWithoutAUsableReadingFailAndAreDropped)
     status.clear();
     rig.sample(0, status);
     EXPECT_EQ(0, status.getCode());
-}
-
-TEST(Timekeeper, SynchronizationThresholdIsHeldInWholeNanoseconds)
-{
-    tRig rig;
-    rig.m_timekeeper.setSynchronizationThreshold(1.5e-9, rig.m_status);
-    EXPECT_EQ(1e-9, rig.m_timekeeper.getSynchronizationThreshold(rig.m_status));
-    tStatus broken;
-    ORVTARN_SET_CODE(broken, kStatusInvalidState);
-    rig.m_timekeeper.setSynchronizationThreshold(1.0, broken);
-    EXPECT_EQ(1e-9, rig.m_timekeeper.getSynchronizationThreshold(broken)) << "no change when fatal";
 }
 
 } // namespace

@@ -3,9 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <cstdio>
 #include <cstring>
-#include <limits>
 #include <string>
 
 using nTestFiles::tTextPointer;
@@ -22,104 +21,92 @@ tTextPointer textWith(const char* a_pValue)
     return pText;
 }
 
-struct tNumberCase
+// A value read as u32 ('u'), f64 ('f') or bool ('b') over a default of 7, as text.
+std::string readAs(char a_kind, tIniText* a_pText, i32& a_rResult)
 {
-    const char* m_pText;
-    i32 m_result;
-    u32 m_value;
-};
-
-struct tFloatCase
-{
-    const char* m_pText;
-    i32 m_result;
-    f64 m_value;
-};
+    u32 number = 7;
+    f64 floating = 7.0;
+    i32 flag = 7;
+    char text[32];
+    switch (a_kind)
+    {
+    case 'u':
+        a_rResult = iniGetU32(a_pText, "s", "v", &number);
+        return std::to_string(number);
+    case 'f':
+        a_rResult = iniGetF64(a_pText, "s", "v", &floating);
+        std::snprintf(text, sizeof(text), "%.17g", floating);
+        return text;
+    default:
+        a_rResult = iniGetBool(a_pText, "s", "v", &flag);
+        return std::to_string(flag);
+    }
+}
 
 } // namespace
 
-TEST(IniValues, UnsignedNumbers)
+TEST(IniValues, NumbersAndBooleansReadOrKeepTheDefault)
 {
-    const tNumberCase cases[] = {
-        {"42", 1, 42},
-        {" 42 ", 1, 42},
-        {"+42", 1, 42},
-        {"4294967295", 1, 0xFFFFFFFFu},
-        {"0004294967295", 1, 0xFFFFFFFFu},
-        {"", 0, 7},
-        {"   ", 0, 7},
-        {"4 2", kIniNotUnsigned32, 7},
-        {"-1", kIniNotUnsigned32, 7},
-        {"-0", kIniNotUnsigned32, 7},
-        {"4294967296", kIniNotUnsigned32, 7},
-        {"99999999999999999999", kIniNotUnsigned32, 7},
-        {"+", kIniNotUnsigned32, 7},
-        {"++1", kIniNotUnsigned32, 7},
-        {"+ 1", kIniNotUnsigned32, 7},
-        {"0x10", kIniNotUnsigned32, 7},
-        {"1.0", kIniNotUnsigned32, 7},
+    const struct
+    {
+        char m_kind;
+        const char* m_pText;
+        i32 m_result;
+        const char* m_pValue;
+    } kCases[] = {
+        {'u', "42", 1, "42"},
+        {'u', " 42 ", 1, "42"},
+        {'u', "+42", 1, "42"},
+        {'u', "4294967295", 1, "4294967295"},
+        {'u', "0004294967295", 1, "4294967295"},
+        {'u', "", 0, "7"},
+        {'u', "   ", 0, "7"},
+        {'u', "4 2", kIniNotUnsigned32, "7"},
+        {'u', "-1", kIniNotUnsigned32, "7"},
+        {'u', "-0", kIniNotUnsigned32, "7"},
+        {'u', "4294967296", kIniNotUnsigned32, "7"},
+        {'u', "99999999999999999999", kIniNotUnsigned32, "7"},
+        {'u', "+", kIniNotUnsigned32, "7"},
+        {'u', "++1", kIniNotUnsigned32, "7"},
+        {'u', "+ 1", kIniNotUnsigned32, "7"},
+        {'u', "0x10", kIniNotUnsigned32, "7"},
+        {'u', "1.0", kIniNotUnsigned32, "7"},
+        {'f', "1.5", 1, "1.5"},
+        {'f', "-2e-3", 1, "-0.002"},
+        {'f', "0x1p3", 1, "8"},
+        {'f', "Inf", 1, "inf"},
+        {'f', "+INF", 1, "inf"},
+        {'f', "-inf", 1, "-inf"},
+        {'f', "infinity", 1, "inf"},
+        {'f', "", 0, "7"},
+        {'f', "1.5x", kIniNotFloating, "7"},
+        {'f', "1.5 ", kIniNotFloating, "7"},
+        {'f', "1e999", kIniNotFloating, "7"},
+        {'f', "1e-999", kIniNotFloating, "7"},
+        {'f', "x", kIniNotFloating, "7"},
+        {'b', "True", 1, "1"},
+        {'b', "TRUE", 1, "1"},
+        {'b', "false", 1, "0"},
+        {'b', "", 0, "7"},
+        {'b', "yes", kIniNotBoolean, "7"},
+        {'b', "1", kIniNotBoolean, "7"},
+        {'b', "Truex", kIniNotBoolean, "7"},
+        {'b', "\x0btrue", kIniNotBoolean, "7"},
     };
-    for (const tNumberCase& testCase : cases)
+    for (const auto& testCase : kCases)
     {
         tTextPointer pText = textWith(testCase.m_pText);
-        u32 value = 7;
-        EXPECT_EQ(testCase.m_result, iniGetU32(pText.get(), "s", "v", &value)) << testCase.m_pText;
-        EXPECT_EQ(testCase.m_value, value) << testCase.m_pText;
+        i32 result = 0;
+        EXPECT_EQ(testCase.m_pValue, readAs(testCase.m_kind, pText.get(), result))
+            << testCase.m_kind << " " << testCase.m_pText;
+        EXPECT_EQ(testCase.m_result, result) << testCase.m_kind << " " << testCase.m_pText;
     }
 }
 
-TEST(IniValues, FloatingNumbers)
-{
-    const f64 infinity = std::numeric_limits<f64>::infinity();
-    const tFloatCase cases[] = {
-        {"1.5", 1, 1.5},
-        {"-2e-3", 1, -2e-3},
-        {"0x1p3", 1, 8.0},
-        {"Inf", 1, infinity},
-        {"+INF", 1, infinity},
-        {"-inf", 1, -infinity},
-        {"infinity", 1, infinity},
-        {"", 0, 7.0},
-        {"1.5x", kIniNotFloating, 7.0},
-        {"1.5 ", kIniNotFloating, 7.0},
-        {"1e999", kIniNotFloating, 7.0},
-        {"1e-999", kIniNotFloating, 7.0},
-        {"x", kIniNotFloating, 7.0},
-    };
-    for (const tFloatCase& testCase : cases)
-    {
-        tTextPointer pText = textWith(testCase.m_pText);
-        f64 value = 7.0;
-        EXPECT_EQ(testCase.m_result, iniGetF64(pText.get(), "s", "v", &value)) << testCase.m_pText;
-        EXPECT_EQ(testCase.m_value, value) << testCase.m_pText;
-    }
-}
-
-TEST(IniValues, Booleans)
-{
-    const tNumberCase cases[] = {
-        {"True", 1, 1},
-        {"TRUE", 1, 1},
-        {"false", 1, 0},
-        {"", 0, 7},
-        {"yes", kIniNotBoolean, 7},
-        {"1", kIniNotBoolean, 7},
-        {"Truex", kIniNotBoolean, 7},
-        {"\x0btrue", kIniNotBoolean, 7},
-    };
-    for (const tNumberCase& testCase : cases)
-    {
-        tTextPointer pText = textWith(testCase.m_pText);
-        i32 value = 7;
-        EXPECT_EQ(testCase.m_result, iniGetBool(pText.get(), "s", "v", &value)) << testCase.m_pText;
-        EXPECT_EQ(static_cast<i32>(testCase.m_value), value) << testCase.m_pText;
-    }
-}
-
-TEST(IniValues, StringsAreCutToTheBuffer)
+TEST(IniValues, StringsAreCutToTheBufferAndEveryByteSurvivesEscaping)
 {
     tTextPointer pText = textWith("abcdef");
-    char buffer[8] = "zzzzzzz";
+    char buffer[512] = "zzzzzzz";
     EXPECT_EQ(1, iniGetString(pText.get(), "s", "v", buffer, 4));
     EXPECT_STREQ("abc", buffer);
     EXPECT_EQ(1, iniGetString(pText.get(), "s", "v", buffer, 1));
@@ -128,22 +115,18 @@ TEST(IniValues, StringsAreCutToTheBuffer)
     std::strcpy(buffer, "zzz");
     EXPECT_EQ(0, iniGetString(pText.get(), "s", "missing", buffer, sizeof(buffer)));
     EXPECT_STREQ("", buffer) << "the empty text when nothing was found";
-}
 
-TEST(IniValues, EveryByteSurvivesEscaping)
-{
     std::string value;
     for (int byte = 1; byte < 256; ++byte)
     {
         value += static_cast<char>(byte);
     }
-    tTextPointer pText = textWith(value.c_str());
-    char buffer[512];
+    pText = textWith(value.c_str());
     EXPECT_EQ(1, iniGetString(pText.get(), "s", "v", buffer, sizeof(buffer)));
     EXPECT_EQ(value, buffer);
 }
 
-TEST(IniValues, PutsReplaceOrAppend)
+TEST(IniValues, PutsReplaceOrAppendAndRefuseEmptyNamesAndNullTexts)
 {
     tTextPointer pText(iniNew());
     EXPECT_EQ(kIniSuccess, iniPutU32(pText.get(), "Main", "Count", 1));
@@ -157,21 +140,15 @@ TEST(IniValues, PutsReplaceOrAppend)
     EXPECT_STREQ("", buffer);
     EXPECT_EQ(kIniSuccess, iniPutString(pText.get(), "main", "count", "text"));
     EXPECT_EQ(kIniNotUnsigned32, iniGetU32(pText.get(), "Main", "count", &count));
-}
 
-TEST(IniValues, PutsRefuseEmptyNamesAndNullTexts)
-{
-    tTextPointer pText(iniNew());
     EXPECT_EQ(kIniEmptyName, iniPutU32(pText.get(), "", "t", 1));
     EXPECT_EQ(kIniEmptyName, iniPutU32(pText.get(), "s", "", 1));
     EXPECT_EQ(kIniEmptyName, iniPutString(pText.get(), nullptr, "t", "v"));
     EXPECT_EQ(kIniEmptyName, iniPutString(pText.get(), "s", nullptr, "v"));
-    u32 value = 0;
-    EXPECT_EQ(0, iniGetU32(pText.get(), "s", "t", &value));
-    EXPECT_EQ(0, iniGetU32(pText.get(), nullptr, nullptr, &value));
-
+    EXPECT_EQ(0, iniGetU32(pText.get(), "s", "t", &count));
+    EXPECT_EQ(0, iniGetU32(pText.get(), nullptr, nullptr, &count));
     EXPECT_EQ(kIniOutOfMemory, iniPutU32(nullptr, "s", "t", 1));
-    EXPECT_EQ(kIniOutOfMemory, iniGetU32(nullptr, "s", "t", &value));
+    EXPECT_EQ(kIniOutOfMemory, iniGetU32(nullptr, "s", "t", &count));
     EXPECT_EQ(kIniOutOfMemory, iniWriteToFile(nullptr, "x.ini"));
     iniDispose(nullptr);
 }

@@ -11,11 +11,9 @@
 
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
 #include <cstring>
 #include <functional>
-#include <ifaddrs.h>
-#include <netinet/in.h>
+#include <string>
 #include <vector>
 
 using namespace nZelmarPtpPlugin_1_0;
@@ -55,35 +53,15 @@ struct tTreatmentCase
 {
     const char* m_pKey;
     const char* m_pText; // null: the key is absent
-    std::function<i64(const tPtpClockAttributes&)> m_field;
-    i64 m_expected;
+    std::function<std::string(const tPtpClockAttributes&)> m_field;
+    std::string m_expected;
     i32 m_code;
 };
 
 #define ZM_FIELD(name)                                                                             \
-    [](const tPtpClockAttributes& a_rAttributes) { return i64(a_rAttributes.name); }
-
-// Sample values that differ from the defaults, put as the file holds them.
-void putSample(tStaticAttributes& a_rFile, const char* a_pKey, u8& a_rValue, tStatus& a_status)
-{
-    a_rValue = static_cast<u8>(a_rValue + 1);
-    a_rFile.putU32(a_pKey, a_rValue, a_status);
-}
-void putSample(tStaticAttributes& a_rFile, const char* a_pKey, i8& a_rValue, tStatus& a_status)
-{
-    a_rValue = -1;
-    a_rFile.putI32(a_pKey, a_rValue, a_status);
-}
-void putSample(tStaticAttributes& a_rFile, const char* a_pKey, bool& a_rValue, tStatus& a_status)
-{
-    a_rValue = !a_rValue;
-    a_rFile.putString(a_pKey, a_rValue ? "True" : "False", a_status);
-}
-void putSample(tStaticAttributes& a_rFile, const char* a_pKey, tString& a_rValue, tStatus& a_status)
-{
-    a_rValue = tString("value of \"") + a_pKey + "\"\t;";
-    a_rFile.putString(a_pKey, a_rValue.c_str(), a_status);
-}
+    [](const tPtpClockAttributes& a_rAttributes) { return std::to_string(a_rAttributes.name); }
+#define ZM_TEXT(name)                                                                              \
+    [](const tPtpClockAttributes& a_rAttributes) { return std::string(a_rAttributes.name.c_str()); }
 
 // The MAC address of the last device with this IP address, or none.
 tBytes lastDeviceWithAddress(u32 a_ipAddress)
@@ -104,26 +82,6 @@ tBytes lastDeviceWithAddress(u32 a_ipAddress)
     return address;
 }
 
-bool isInterfaceAddress(u32 a_ipAddress)
-{
-    ifaddrs* pInterfaces = nullptr;
-    bool found = false;
-    if (getifaddrs(&pInterfaces) == 0)
-    {
-        for (const ifaddrs* pEntry = pInterfaces; pEntry != nullptr; pEntry = pEntry->ifa_next)
-        {
-            if (pEntry->ifa_addr != nullptr && pEntry->ifa_addr->sa_family == AF_INET)
-            {
-                sockaddr_in address;
-                std::memcpy(&address, pEntry->ifa_addr, sizeof(address));
-                found = found || address.sin_addr.s_addr == a_ipAddress;
-            }
-        }
-        freeifaddrs(pInterfaces);
-    }
-    return found;
-}
-
 std::string orvEmbMode()
 {
     const char* pMode = getenv("ZM_TEST_ORV_EMB");
@@ -135,35 +93,39 @@ std::string orvEmbMode()
 TEST_F(PtpClockAttributes, EachAttributeGetsItsTreatment)
 {
     const tTreatmentCase cases[] = {
-        {"PriorityOne", nullptr, ZM_FIELD(m_priority1), 128, 0},
-        {"PriorityOne", "300", ZM_FIELD(m_priority1), 44, 0},
-        {"PriorityOne", "4294967295", ZM_FIELD(m_priority1), 255, 0},
-        {"PriorityOne", "-1", ZM_FIELD(m_priority1), 128, -52003},
-        {"PriorityTwo", nullptr, ZM_FIELD(m_priority2), 128, 0},
-        {"PriorityTwo", "256", ZM_FIELD(m_priority2), 0, 0},
-        {"SlaveOnly", nullptr, ZM_FIELD(m_slaveOnly), 0, 0},
-        {"SlaveOnly", "TRUE", ZM_FIELD(m_slaveOnly), 1, 0},
-        {"SlaveOnly", "1", ZM_FIELD(m_slaveOnly), 0, -52003},
-        {"LogSyncInterval", nullptr, ZM_FIELD(m_logSyncInterval), 0, 0},
-        {"LogSyncInterval", "1", ZM_FIELD(m_logSyncInterval), 1, 0},
-        {"LogSyncInterval", "2", ZM_FIELD(m_logSyncInterval), 0, 0},
-        {"LogSyncInterval", "4294967295", ZM_FIELD(m_logSyncInterval), -1, 0},
-        {"LogSyncInterval", "4294967294", ZM_FIELD(m_logSyncInterval), 0, 0},
-        {"LogSyncInterval", "257", ZM_FIELD(m_logSyncInterval), 1, 0},
-        {"LogSyncInterval", "255", ZM_FIELD(m_logSyncInterval), -1, 0},
-        {"LogMinDelayReqInterval", nullptr, ZM_FIELD(m_logMinDelayReqInterval), 0, 0},
-        {"LogMinDelayReqInterval", "4294967293", ZM_FIELD(m_logMinDelayReqInterval), -3, 0},
-        {"LogMinDelayReqInterval", "128", ZM_FIELD(m_logMinDelayReqInterval), -128, 0},
-        {"LogMinDelayReqInterval", "383", ZM_FIELD(m_logMinDelayReqInterval), 127, 0},
-        {"AnnounceReceiptTimeout", nullptr, ZM_FIELD(m_announceReceiptTimeout), 3, 0},
-        {"AnnounceReceiptTimeout", "259", ZM_FIELD(m_announceReceiptTimeout), 3, 0},
-        {"LogAnnounceInterval", nullptr, ZM_FIELD(m_logAnnounceInterval), 1, 0},
-        {"LogAnnounceInterval", "4294967294", ZM_FIELD(m_logAnnounceInterval), -2, 0},
-        {"DomainNumber", nullptr, ZM_FIELD(m_domainNumber), 0, 0},
-        {"DomainNumber", "511", ZM_FIELD(m_domainNumber), 255, 0},
-        {"ClockClass", nullptr, ZM_FIELD(m_clockClass), 250, 0},
-        {"ClockClass", "262", ZM_FIELD(m_clockClass), 6, 0},
-        {"ClockClass", "x", ZM_FIELD(m_clockClass), 250, -52003},
+        {"PriorityOne", nullptr, ZM_FIELD(m_priority1), "128", 0},
+        {"PriorityOne", "300", ZM_FIELD(m_priority1), "44", 0},
+        {"PriorityOne", "4294967295", ZM_FIELD(m_priority1), "255", 0},
+        {"PriorityOne", "-1", ZM_FIELD(m_priority1), "128", -52003},
+        {"PriorityTwo", nullptr, ZM_FIELD(m_priority2), "128", 0},
+        {"PriorityTwo", "256", ZM_FIELD(m_priority2), "0", 0},
+        {"SlaveOnly", nullptr, ZM_FIELD(m_slaveOnly), "0", 0},
+        {"SlaveOnly", "TRUE", ZM_FIELD(m_slaveOnly), "1", 0},
+        {"SlaveOnly", "1", ZM_FIELD(m_slaveOnly), "0", -52003},
+        {"LogSyncInterval", nullptr, ZM_FIELD(m_logSyncInterval), "0", 0},
+        {"LogSyncInterval", "1", ZM_FIELD(m_logSyncInterval), "1", 0},
+        {"LogSyncInterval", "2", ZM_FIELD(m_logSyncInterval), "0", 0},
+        {"LogSyncInterval", "4294967295", ZM_FIELD(m_logSyncInterval), "-1", 0},
+        {"LogSyncInterval", "4294967294", ZM_FIELD(m_logSyncInterval), "0", 0},
+        {"LogSyncInterval", "257", ZM_FIELD(m_logSyncInterval), "1", 0},
+        {"LogSyncInterval", "255", ZM_FIELD(m_logSyncInterval), "-1", 0},
+        {"LogMinDelayReqInterval", nullptr, ZM_FIELD(m_logMinDelayReqInterval), "0", 0},
+        {"LogMinDelayReqInterval", "4294967293", ZM_FIELD(m_logMinDelayReqInterval), "-3", 0},
+        {"LogMinDelayReqInterval", "128", ZM_FIELD(m_logMinDelayReqInterval), "-128", 0},
+        {"LogMinDelayReqInterval", "383", ZM_FIELD(m_logMinDelayReqInterval), "127", 0},
+        {"AnnounceReceiptTimeout", nullptr, ZM_FIELD(m_announceReceiptTimeout), "3", 0},
+        {"AnnounceReceiptTimeout", "260", ZM_FIELD(m_announceReceiptTimeout), "4", 0},
+        {"LogAnnounceInterval", nullptr, ZM_FIELD(m_logAnnounceInterval), "1", 0},
+        {"LogAnnounceInterval", "4294967294", ZM_FIELD(m_logAnnounceInterval), "-2", 0},
+        {"DomainNumber", nullptr, ZM_FIELD(m_domainNumber), "0", 0},
+        {"DomainNumber", "511", ZM_FIELD(m_domainNumber), "255", 0},
+        {"ClockClass", nullptr, ZM_FIELD(m_clockClass), "250", 0},
+        {"ClockClass", "262", ZM_FIELD(m_clockClass), "6", 0},
+        {"ClockClass", "x", ZM_FIELD(m_clockClass), "250", -52003},
+        {"UserDescriptionName", nullptr, ZM_TEXT(m_userDescriptionName), "", 0},
+        {"UserDescriptionName", "\"lab \\\"a\\\"\\t;\"", ZM_TEXT(m_userDescriptionName),
+         "lab \"a\"\t;", 0},
+        {"UserDescriptionLocation", "rack 4", ZM_TEXT(m_userDescriptionLocation), "rack 4", 0},
     };
     for (const tTreatmentCase& testCase : cases)
     {
@@ -234,31 +196,6 @@ TEST_F(PtpClockAttributes, MacAddressTextsAndTheClockIdentity)
     }
 }
 
-TEST_F(PtpClockAttributes, EveryAttributeSurvivesARoundTrip)
-{
-    tPtpClockAttributes expected;
-    tStatus status;
-    {
-        tStaticAttributes file("ptp", status);
-#define ZM_PTP_CLOCK_ATTRIBUTE(field, type, key, treatment, default)                               \
-    putSample(file, key, expected.field, status);
-#include "tPtpClockAttributes.def"
-#undef ZM_PTP_CLOCK_ATTRIBUTE
-        file.putString(kEthernetMacAddressKey, "02:1B:21:AB:CD:EF", status);
-        file.save(status);
-    }
-    tStaticAttributes file("ptp", status);
-    tPtpClockAttributes actual;
-    actual.read(file, status);
-    EXPECT_EQ(0, status.getCode());
-#define ZM_PTP_CLOCK_ATTRIBUTE(field, type, key, treatment, default)                               \
-    EXPECT_EQ(expected.field, actual.field) << key;                                                \
-    EXPECT_NE(tPtpClockAttributes().field, actual.field) << key;
-#include "tPtpClockAttributes.def"
-#undef ZM_PTP_CLOCK_ATTRIBUTE
-    EXPECT_EQ(tBytes({0x02, 0x1B, 0x21, 0xAB, 0xCD, 0xEF}), bytesOf(actual.m_macAddress, 6));
-}
-
 TEST_F(PtpClockAttributes, DefaultMacAddressFollowsOrvEmb)
 {
     const std::string mode = orvEmbMode();
@@ -302,7 +239,7 @@ TEST(OrvEmbStandIn, PrimaryAddressAndDescriptionComeFromTheSystem)
     const tOrvEmbModule orvEmb;
     ASSERT_TRUE(orvEmb.isLoaded());
     const u32 primary = orvEmb.getPrimaryIPAddress();
-    EXPECT_TRUE(primary == 0 || isInterfaceAddress(primary));
+    EXPECT_TRUE(primary == 0 || lastDeviceWithAddress(primary) != tBytes(6, 0));
 
     const u32 length = orvEmb.getDeviceDescription(nullptr, 0);
     ASSERT_GT(length, 6u);

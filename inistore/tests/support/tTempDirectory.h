@@ -9,7 +9,6 @@
 #include <stdexcept>
 #include <stdlib.h>
 #include <string>
-#include <unistd.h>
 
 namespace nTestFiles
 {
@@ -72,12 +71,6 @@ inline void writeFile(const std::string& a_path, const std::string& a_bytes)
 {
     std::ofstream stream(a_path, std::ios::binary | std::ios::trunc);
     stream.write(a_bytes.data(), static_cast<std::streamsize>(a_bytes.size()));
-}
-
-// True when permission bits bind this process: root passes them by.
-inline bool permissionsBind(const std::string& a_readOnlyPath)
-{
-    return access(a_readOnlyPath.c_str(), W_OK) != 0;
 }
 
 } // namespace nTestFiles
