@@ -9,7 +9,7 @@ namespace nZmHost
 
 // The plug-in library and what it needs from the host process at run time,
 // all loaded with the dynamic loader, by name through the program's search
-// path (its RUNPATH leads to the install's library directory, or the build's
+// path (its RPATH leads to the install's library directory, or the build's
 // directories): the graphical runtime's stand-in libdgrt.so, which owns the
 // host's strings and is handed over with SetDGRTModule; orv_emb's stand-in
 // liborv_emb.so, if there is one, so that the plug-in's own load by that
