@@ -79,7 +79,7 @@ check "zmhost's grandmaster is the ptp4l master" \
   "${work}/ours.txt"
 # pmc's answers of our clock: "<TLV> <field> <value>".
 awk -v ours="${ours}" '
-  $3 == "RESPONSE" && $4 == "MANAGEMENT" { mine = index($1, ours "-") == 1; tlv = $5; next }
+  $4 == "RESPONSE" && $5 == "MANAGEMENT" { mine = index($1, ours "-") == 1; tlv = $6; next }
   mine && NF == 2 { print tlv, $1, $2 }' "${work}/pmc.log" >"${work}/theirs.txt"
 while read -r tlv field value; do
   [ "${tlv}" = clock ] && continue
