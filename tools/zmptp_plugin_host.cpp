@@ -14,13 +14,11 @@
 // Commands on stdin, or on the file --commands names (a FIFO, say), one a line;
 // their end ends the program:
 //   resources      "resources threads=<n> fds=<n> heap=<bytes> rss=<kB>"
-//   priority1 <n>  sets priority1 as management would (context 1)
 //   show           "show priority1=<n> online=<0|1> attached=<0|1>"
 //   mark           "mark", to time what follows from it
 //   poll <ms>      looks at the port state and the flag every <ms> (10 at
 //                  the start): each look is a round trip to the clock's thread
 
-#include "orvptp/iPropertyChangeObserver.h"
 #include "orvptp/tPortStateCodes.h"
 #include "orvtarn/protons/status/tAllocation.h"
 #include "tMonotonicRawTickSource.h"
@@ -150,30 +148,6 @@ private:
     std::atomic<bool> m_attachDue{false};
 };
 
-// A setting changed on the dispatcher thread with the context of a
-// management message, as management will change it.
-class tManagementChangeEvent : public nOrvPTP000::iPTPEvent
-{
-public:
-    tManagementChangeEvent(nOrvPTP000::tPTPNode& a_rNode, u8 a_priority1,
-                           nOrvTarn000::tEvent& a_rDone)
-        : m_rNode(a_rNode), m_priority1(a_priority1), m_rDone(a_rDone)
-    {
-    }
-    void execute(tStatus& a_status) override
-    {
-        m_rNode.setPriority1(m_priority1, a_status,
-                             nOrvPTP000::iPropertyChangeObserver::kContextManagement);
-        m_rDone.signal();
-    }
-    void abandon(tStatus&) override { m_rDone.signal(); }
-
-private:
-    nOrvPTP000::tPTPNode& m_rNode;
-    u8 m_priority1;
-    nOrvTarn000::tEvent& m_rDone;
-};
-
 class tHostProgram
 {
 public:
@@ -275,7 +249,6 @@ private:
 
     void command(const std::string& a_line)
     {
-        unsigned priority1 = 0;
         int pollMs = 0;
         if (a_line == "resources")
         {
@@ -297,20 +270,6 @@ private:
                        { value = a_rPlugin.getPtpClock()->getPriority1(); });
             emit("show priority1=%u online=%d attached=%d", value, m_source.isOnline() ? 1 : 0,
                  m_source.isAttached() ? 1 : 0);
-        }
-        else if (std::sscanf(a_line.c_str(), "priority1 %u", &priority1) == 1 && priority1 < 256)
-        {
-            tStatus status;
-            const bool online = withPlugin(
-                [&](tZelmarPtpPlugin& a_rPlugin)
-                {
-                    nOrvPTP000::tPTPNode& node = a_rPlugin.getPtpClock()->getNode();
-                    nOrvTarn000::tEvent done(status);
-                    node.postEventAndWait(nOrvTarn000::makeOwned<tManagementChangeEvent>(
-                                              status, node, static_cast<u8>(priority1), done),
-                                          &done, status);
-                });
-            emit("priority1 %u %s", priority1, online && status.isNotFatal() ? "set" : "failed");
         }
         else
         {

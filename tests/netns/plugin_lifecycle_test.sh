@@ -4,7 +4,7 @@
 #  1. it comes online, its port settles as SLAVE, the servo reaches its
 #     synchronized flag, and the reference's error from the system clock (the
 #     master's time) settles within a bound;
-#  2. a management change of priority1 (context 1) reaches the source's file;
+#  2. pmc's SET PRIORITY1 over the wire reaches the source's file;
 #  3. <cycles> times the device goes away, in turns deleted (the rebuilds then
 #     fail with code 257 until it is back) and taken down: the port goes
 #     FAULTY, the plug-in is destroyed, and a new one comes no sooner than
@@ -84,9 +84,20 @@ require "its port settles as SLAVE" wait_for_line "${log}" '^[0-9]+ state SLAVE$
 require "the servo synchronizes the reference" wait_for_line "${log}" '^[0-9]+ synchronized$' 30
 check_settled "the reference"
 
-# 2. Management's change reaches the file.
-plugin_command "priority1 150"
-require "management sets priority1" wait_for_line "${log}" '^[0-9]+ priority1 150 set$' 5
+# 2. Management's change reaches the file: pmc in namespace 3 asks our clock
+# alone (ptp4l answers requests to all clocks too).
+mac=$(netns_mac 2)
+target=${mac:0:2}${mac:3:2}${mac:6:2}.fffe.${mac:9:2}${mac:12:2}${mac:15:2}-1
+pmc_ask() {
+  netns_run 3 10 pmc -4 -i "${NETNS_DEVICE}" -b 0 "TARGET ${target}" "$@" 2>&1 |
+    grep -v '^sending: '
+}
+# shellcheck disable=SC2317 # called through require and check
+pmc_reads_priority1() {
+  pmc_ask "GET PRIORITY1" | grep -qE "^[[:space:]]+priority1[[:space:]]+$1[[:space:]]*\$"
+}
+pmc_ask "SET PRIORITY1 150" >/dev/null
+require "pmc's SET PRIORITY1 150 is in force" pmc_reads_priority1 150
 check "the change is in the file" wait_for_line "${plugin_file}" '^source\.ptp\.PriorityOne = 150' 5
 
 # 3. The device goes away and comes back.
@@ -132,6 +143,7 @@ synchronized_again() {
 }
 require "the last plug-in synchronizes the reference again" plugin_wait 30 synchronized_again
 check_settled "after the last cycle, the reference"
+check "pmc reads priority1 150 from the last plug-in" pmc_reads_priority1 150
 
 # 4. Nothing leaks.
 first=$(grep -E '^[0-9]+ resources ' "${log}" | head -1)
