@@ -19,7 +19,7 @@ namespace
 std::unique_ptr<tPTPMessage> make(const char* a_name, u16 a_tlvLength, tStatus& a_status)
 {
     std::unique_ptr<tPTPMessage> pMessage =
-        nWireTest::makeMessage(nWireTest::messageSample(a_name).m_spec, a_status);
+        nWireTest::makeMessage(nWireTest::messageSample(a_name).m_fields, a_status);
     if (a_tlvLength != 0 && a_status.isNotFatal())
     {
         auto pTLV = std::make_unique<tLXIConsortiumNotDefinedTLV>();

@@ -92,10 +92,10 @@ std::unique_ptr<tPTPMessage> withTimestamp(void (tMessage::*a_set)(const tTimest
     return pMessage;
 }
 
-inline std::unique_ptr<tPTPMessage> makeBody(const tMessageFields& a_spec, tStatus& a_status)
+inline std::unique_ptr<tPTPMessage> makeBody(const tMessageFields& a_fields, tStatus& a_status)
 {
-    const tTimestamp time(a_spec.seconds, a_spec.nanoseconds);
-    switch (a_spec.messageType)
+    const tTimestamp time(a_fields.seconds, a_fields.nanoseconds);
+    switch (a_fields.messageType)
     {
     case kMessageTypeSync:
         return withTimestamp(&tSyncMessage::setOriginTimestamp, time, a_status);
@@ -108,12 +108,12 @@ inline std::unique_ptr<tPTPMessage> makeBody(const tMessageFields& a_spec, tStat
         auto pResponse = std::make_unique<tDelayRespMessage>(a_status);
         pResponse->setReceiveTimestamp(time, a_status);
         pResponse->setRequestingPortIdentity(
-            tPortIdentity(tClockIdentity(a_spec.pRequesterId), a_spec.requesterPort), a_status);
+            tPortIdentity(tClockIdentity(a_fields.pRequesterId), a_fields.requesterPort), a_status);
         return pResponse;
     }
     case kMessageTypeAnnounce:
     {
-        const tAnnounceBody& body = a_spec.announce;
+        const tAnnounceBody& body = a_fields.announce;
         auto pAnnounce = std::make_unique<tAnnounceMessage>(a_status);
         pAnnounce->setOriginTimestamp(time, a_status);
         pAnnounce->setCurrentUTCOffset(body.currentUTCOffset, a_status);
@@ -133,28 +133,28 @@ inline std::unique_ptr<tPTPMessage> makeBody(const tMessageFields& a_spec, tStat
 }
 
 // The message as a sender builds it; null for a kind that is only received.
-inline std::unique_ptr<tPTPMessage> makeMessage(const tMessageFields& a_spec, tStatus& a_status)
+inline std::unique_ptr<tPTPMessage> makeMessage(const tMessageFields& a_fields, tStatus& a_status)
 {
-    std::unique_ptr<tPTPMessage> pMessage = makeBody(a_spec, a_status);
+    std::unique_ptr<tPTPMessage> pMessage = makeBody(a_fields, a_status);
     if (pMessage == nullptr)
     {
         return nullptr;
     }
     tMessageHeader& header = *pMessage->getHeader();
-    header.setDomainNumber(a_spec.domainNumber, a_status);
-    header.setTwoStepFlag((a_spec.flags & kTwoStep) != 0, a_status);
-    header.setFrequencyTraceable((a_spec.flags & kFrequencyTraceable) != 0, a_status);
-    header.setTimeTraceable((a_spec.flags & kTimeTraceable) != 0, a_status);
-    header.setPtpTimescale((a_spec.flags & kPtpTimescale) != 0, a_status);
-    header.setCurrentUTCOffsetValid((a_spec.flags & kUtcOffsetValid) != 0, a_status);
-    header.setLeap59((a_spec.flags & kLeap59) != 0, a_status);
-    header.setLeap61((a_spec.flags & kLeap61) != 0, a_status);
-    header.setCorrectionField(a_spec.correction, a_status);
-    header.setSourcePortIdentity(tPortIdentity(tClockIdentity(a_spec.pClockId), a_spec.portNumber),
-                                 a_status);
-    header.setSequenceId(a_spec.sequenceId, a_status);
-    header.setLogMessageInterval(a_spec.logMessageInterval, a_status);
-    for (const tTLVValues& values : a_spec.tlvs)
+    header.setDomainNumber(a_fields.domainNumber, a_status);
+    header.setTwoStepFlag((a_fields.flags & kTwoStep) != 0, a_status);
+    header.setFrequencyTraceable((a_fields.flags & kFrequencyTraceable) != 0, a_status);
+    header.setTimeTraceable((a_fields.flags & kTimeTraceable) != 0, a_status);
+    header.setPtpTimescale((a_fields.flags & kPtpTimescale) != 0, a_status);
+    header.setCurrentUTCOffsetValid((a_fields.flags & kUtcOffsetValid) != 0, a_status);
+    header.setLeap59((a_fields.flags & kLeap59) != 0, a_status);
+    header.setLeap61((a_fields.flags & kLeap61) != 0, a_status);
+    header.setCorrectionField(a_fields.correction, a_status);
+    header.setSourcePortIdentity(
+        tPortIdentity(tClockIdentity(a_fields.pClockId), a_fields.portNumber), a_status);
+    header.setSequenceId(a_fields.sequenceId, a_status);
+    header.setLogMessageInterval(a_fields.logMessageInterval, a_status);
+    for (const tTLVValues& values : a_fields.tlvs)
     {
         auto pTLV = std::make_unique<tLXIConsortiumNotDefinedTLV>();
         pTLV->setOrganizationId(values.organizationId, a_status);
@@ -171,7 +171,7 @@ inline std::unique_ptr<tPTPMessage> makeMessage(const tMessageFields& a_spec, tS
 struct tMessageSample
 {
     const char* m_name;
-    tMessageFields m_spec;
+    tMessageFields m_fields;
     tBytes m_bytes;
     const char* m_beginTrace;
     const char* m_bodyTrace;

@@ -35,7 +35,7 @@ TEST(MessagesTest, EverySampleBothWays)
     {
         SCOPED_TRACE(entry.m_name);
         tStatus status;
-        std::unique_ptr<tPTPMessage> pBuilt = makeMessage(entry.m_spec, status);
+        std::unique_ptr<tPTPMessage> pBuilt = makeMessage(entry.m_fields, status);
         if (pBuilt != nullptr)
         {
             EXPECT_EQ(serialized(*pBuilt, status), entry.m_bytes);
@@ -119,7 +119,7 @@ TEST(MessagesTest, AnnounceQualification)
 {
     tStatus status;
     const tClockIdentity own(kSlaveId);
-    std::unique_ptr<tPTPMessage> pMessage = makeMessage(messageSample("Announce").m_spec, status);
+    std::unique_ptr<tPTPMessage> pMessage = makeMessage(messageSample("Announce").m_fields, status);
     tAnnounceMessage& announce = static_cast<tAnnounceMessage&>(*pMessage);
     const struct
     {

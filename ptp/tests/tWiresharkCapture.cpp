@@ -42,14 +42,14 @@ const i64 kMostNegative = static_cast<i64>(0x8000000000000000ull);
 const i64 kMostPositive = 0x7FFFFFFFFFFFFFFFll;
 
 // One frame: the message and the zeros that pad it.
-struct tFrameSpec
+struct tFrameFields
 {
     const char* name;
     u32 padTo;
     tMessageFields message;
 };
 
-std::vector<tFrameSpec> frameSpecs()
+std::vector<tFrameFields> frameFields()
 {
     const u32 lxi = kLXIConsortiumOrganizationId;
     const u32 notDefined = tLXIConsortiumNotDefinedTLV::kOrganizationSubType;
@@ -101,7 +101,7 @@ std::vector<tFrameSpec> frameSpecs()
     // clang-format on
 }
 
-tBytes datagramOf(const tFrameSpec& a_frame, tStatus& a_status)
+tBytes datagramOf(const tFrameFields& a_frame, tStatus& a_status)
 {
     std::unique_ptr<tPTPMessage> pMessage = makeMessage(a_frame.message, a_status);
     tProtocolDataUnit unit(a_status);
@@ -170,7 +170,7 @@ std::string jsonBytes(const tBytes& a_bytes)
     return text + "\"";
 }
 
-void expectHeader(tFrame& a_frame, const tMessageFields& a_spec, u8 a_controlField,
+void expectHeader(tFrame& a_frame, const tMessageFields& a_fields, u8 a_controlField,
                   u32 a_messageLength)
 {
     // transportSpecific, the reserved nibble, octet, flag and message-specific octets.
@@ -179,16 +179,16 @@ void expectHeader(tFrame& a_frame, const tMessageFields& a_spec, u8 a_controlFie
     {
         a_frame.expectInt(zero, 0);
     }
-    a_frame.expectInt("ptp.v2.messagetype", a_spec.messageType);
+    a_frame.expectInt("ptp.v2.messagetype", a_fields.messageType);
     a_frame.expectInt("ptp.v2.versionptp", 2);
     // Header, body and TLVs, never padding.
     a_frame.expectInt("ptp.v2.messagelength", a_messageLength);
-    a_frame.expectInt("ptp.v2.domainnumber", a_spec.domainNumber);
-    a_frame.expectInt("ptp.v2.flags", a_spec.flags);
+    a_frame.expectInt("ptp.v2.domainnumber", a_fields.domainNumber);
+    a_frame.expectInt("ptp.v2.flags", a_fields.flags);
 
     // The dissector splits the scaled correction into whole nanoseconds,
     // rounded towards minus infinity, and a non-negative fraction.
-    const i64 correction = a_spec.correction;
+    const i64 correction = a_fields.correction;
     const i64 whole = correction >= 0 ? correction / 65536 : -((-(correction + 1)) / 65536) - 1;
     char fraction[64];
     std::snprintf(fraction, sizeof(fraction), "%.17g",
@@ -196,14 +196,14 @@ void expectHeader(tFrame& a_frame, const tMessageFields& a_spec, u8 a_controlFie
     a_frame.expectInt("ptp.v2.correction.ns", whole);
     a_frame.expect("ptp.v2.correction.subns", fraction);
 
-    a_frame.expectUnsigned("ptp.v2.clockidentity", identityNumber(a_spec.pClockId));
-    a_frame.expectInt("ptp.v2.sourceportid", a_spec.portNumber);
-    a_frame.expectInt("ptp.v2.sequenceid", a_spec.sequenceId);
+    a_frame.expectUnsigned("ptp.v2.clockidentity", identityNumber(a_fields.pClockId));
+    a_frame.expectInt("ptp.v2.sourceportid", a_fields.portNumber);
+    a_frame.expectInt("ptp.v2.sequenceid", a_fields.sequenceId);
     a_frame.expectInt("ptp.v2.controlfield", a_controlField);
-    a_frame.expectInt("ptp.v2.logmessageperiod", a_spec.logMessageInterval);
+    a_frame.expectInt("ptp.v2.logmessageperiod", a_fields.logMessageInterval);
 }
 
-tFrame frameOf(const tFrameSpec& a_frame, tStatus& a_status)
+tFrame frameOf(const tFrameFields& a_frame, tStatus& a_status)
 {
     const tMessageFields& fields = a_frame.message;
     tFrame frame{a_frame.name, kGeneralPort, datagramOf(a_frame, a_status), {}};
@@ -381,7 +381,7 @@ int main(int argc, char** argv)
 
     tStatus status;
     std::vector<tFrame> frames;
-    for (const tFrameSpec& fields : frameSpecs())
+    for (const tFrameFields& fields : frameFields())
     {
         frames.push_back(frameOf(fields, status));
     }
