@@ -50,8 +50,11 @@ protected:
     }
 
     // The clock's answer to a_request once it has taken it in; empty if none.
+    // The clock settles first: a request sent before its network is open
+    // would be lost on the way.
     tBytes ask(const tBytes& a_request)
     {
+        settle();
         const u32 clock = m_clock.getId();
         const u64 heard = m_network.getDeliveredCount(clock, kMessageTypeManagement) + 1;
         const size_t sent = m_network.getSent(clock).size();
