@@ -484,7 +484,7 @@ void tSimNetwork::send(u32 a_id, tProtocolDataUnit& a_rPdu, bool a_event, tStatu
             {
                 continue;
             }
-            tInFlight copy = {a_id, to, a_event, bytes, 0, false};
+            tInFlight copy = {a_id, a_event, bytes, 0, false};
             if (m_hook)
             {
                 m_hook(copy);

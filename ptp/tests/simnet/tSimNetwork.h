@@ -96,7 +96,6 @@ tTimestamp toTimestamp(i64 a_nanoseconds);
 struct tInFlight
 {
     u32 m_from;
-    u32 m_to;
     bool m_event;
     std::vector<u8> m_bytes;
     i64 m_extraDelayNs;
