@@ -57,12 +57,6 @@ u32 parseAddress(const std::string& a_text)
     return address.s_addr;
 }
 
-bool within(const tTimestamp& a_first, const tTimestamp& a_time, const tTimestamp& a_last)
-{
-    return toTimeValue(a_first) <= toTimeValue(a_time) &&
-           toTimeValue(a_time) <= toTimeValue(a_last);
-}
-
 u16 sequenceOf(const std::vector<u8>& a_bytes)
 {
     return a_bytes.size() < 32 ? 0 : static_cast<u16>((a_bytes[30] << 8) | a_bytes[31]);
@@ -585,6 +579,8 @@ TEST_F(NetnsMessagingTest, KernelStampsBelongToTheirOwnMessageAndALateOrLostOneL
         fill(pdu, one.m_bytes);
         tTimestamp time;
         ASSERT_TRUE(local.m_generator.getTransmitTimestamp(pdu, time, status));
-        EXPECT_TRUE(within(one.m_before, time, one.m_after)) << sequenceOf(one.m_bytes);
+        EXPECT_TRUE(toTimeValue(one.m_before) <= toTimeValue(time) &&
+                    toTimeValue(time) <= toTimeValue(one.m_after))
+            << sequenceOf(one.m_bytes);
     }
 }
