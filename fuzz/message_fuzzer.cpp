@@ -1,26 +1,13 @@
 // libFuzzer target for the message parser: any datagram goes through the
-// factory exactly as a received one does. What parses must serialise, parse
-// again and serialise to the same bytes; what does not parse must say why
-// with one of the parser's error codes. Every violation aborts, so that the
-// fuzzer keeps it as a finding.
-//
-// The datagram-level invariants checked:
-//   * a refused datagram yields null and a fatal status of a known kind;
-//   * an accepted one yields a message and a status that is not fatal;
-//   * its serialisation succeeds, carries its own length as messageLength and
-//     is never longer than the datagram it came from (nothing is invented);
-//   * the serialisation parses again, as the same message type, and
-//     serialises to identical bytes (parsing normalises in one step);
-//   * tracing the message works on any content.
-// A management TLV keeps the lengthField it came with whatever its data field
-// took, and an error status keeps what it got of a value cut short, so for a
-// message that carries such TLVs the two length checks are left out; the
-// round trip from its first serialisation on holds all the same. A management message is
-// then answered by a clock of known state: a response, if any, serialises and
-// parses again as a RESPONSE or ACKNOWLEDGE of the same sequenceId.
-//
-// The parser reports unsupported organisation extensions on the console; set
-// ZM_FUZZ_TRACE=1 to see that output, which is otherwise discarded.
+// factory exactly as a received one does. A refused one must carry a parser
+// error code; an accepted one must trace, serialise with its own length in
+// messageLength and no longer than it came, then parse and serialise again to
+// the same bytes. A management TLV keeps the lengthField it came with, so a
+// message that carries one is held to the round trip only; a management
+// message is also answered by a clock of known state, and the answer must parse
+// as a RESPONSE or ACKNOWLEDGE of the same sequenceId. Every violation aborts,
+// so that the fuzzer keeps it as a finding. ZM_FUZZ_TRACE=1 shows the parser's
+// console trace, which is otherwise discarded.
 #include "orvptp/TLVs/tManagementMessagePayload.h"
 #include "orvptp/tPTPMessageFactory.h"
 #include "orvptp/tProtocolDataUnit.h"

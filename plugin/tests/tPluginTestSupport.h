@@ -81,28 +81,17 @@ enum : u8
 inline std::vector<u8> makeMessage(u8 a_firstByte, u16 a_sequenceId, u8 a_control,
                                    u32 a_length = 44)
 {
-    std::vector<u8> bytes(a_length);
-    for (u32 index = 0; index < a_length; ++index)
+    std::vector<u8> bytes(a_length < 33 ? 33 : a_length);
+    for (u32 index = 0; index < bytes.size(); ++index)
     {
         bytes[index] = static_cast<u8>(0xA0 + index % 16);
     }
-    if (a_length > 0)
-    {
-        bytes[0] = a_firstByte;
-    }
-    if (a_length > 1)
-    {
-        bytes[1] = 2;
-    }
-    if (a_length > 31)
-    {
-        bytes[30] = static_cast<u8>(a_sequenceId >> 8);
-        bytes[31] = static_cast<u8>(a_sequenceId);
-    }
-    if (a_length > 32)
-    {
-        bytes[32] = a_control;
-    }
+    bytes[0] = a_firstByte;
+    bytes[1] = 2;
+    bytes[30] = static_cast<u8>(a_sequenceId >> 8);
+    bytes[31] = static_cast<u8>(a_sequenceId);
+    bytes[32] = a_control;
+    bytes.resize(a_length);
     return bytes;
 }
 

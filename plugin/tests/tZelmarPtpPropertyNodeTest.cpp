@@ -50,7 +50,6 @@ TEST(ZelmarPtpPropertyNodeTest, EachKeyReadsTheClockAsTheHostNumbersIt)
                       "source.ptp.PriorityOne = 200\r\nsource.ptp.LogSyncInterval = 4294967295\r\n"
                       "source.ptp.ClockClass = 249\r\n");
     nSimNet::tSimNetwork network;
-    network.setDefaultDelay(100000);
     nSimNet::tSimNode master(network, nSimNet::makeClockIdentity(1));
     tStatus status;
     // priority1 10, priority2 20, clockClass 6, clockAccuracy 0x21.
@@ -66,6 +65,7 @@ TEST(ZelmarPtpPropertyNodeTest, EachKeyReadsTheClockAsTheHostNumbersIt)
     nZelmar::tMonotonicRawTickSource ticks(status);
     nZelmar::tSoftwareTimeReference reference(ticks, 0, status);
     const u32 endpoint = network.addEndpoint();
+    network.setSymmetricDelay(master.getId(), endpoint, 100000);
     tZelmarPtpPluginFactory factory(
         tPtpNetwork{network.getMessaging(endpoint), network.getTimestamps(endpoint)});
     tZelmarSource source(factory, network.getClock(), status);

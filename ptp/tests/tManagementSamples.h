@@ -206,10 +206,11 @@ inline const std::vector<tManagementSample>& managementSamples()
 }
 // clang-format on
 
-// A request of every managementId with every action that it offers, named
+// A request of every managementId with every action that it offers (or, with
+// a_offered false, every action that it does not), named
 // mgmt-request-<NAME>-<action>: the GET samples' data fields, zeros for the
 // others.
-inline std::vector<std::pair<std::string, tBytes>> managementRequests()
+inline std::vector<std::pair<std::string, tBytes>> managementRequests(bool a_offered = true)
 {
     std::vector<std::pair<std::string, tBytes>> requests;
     u32 count = 0;
@@ -226,7 +227,7 @@ inline std::vector<std::pair<std::string, tBytes>> managementRequests()
         const u8 offers[] = {kOfferGet, kOfferSet, kOfferCommand};
         for (int a = 0; a < 3; ++a)
         {
-            if ((pIds[i].m_offers & offers[a]) != 0)
+            if (((pIds[i].m_offers & offers[a]) != 0) == a_offered)
             {
                 requests.push_back(
                     {std::string("mgmt-request-") + pIds[i].m_pName + "-" + names[a],

@@ -13,26 +13,9 @@ using namespace nWireTest;
 namespace
 {
 
-const u8 kResponse = kActionResponse;
-const u8 kAcknowledge = kActionAcknowledge;
-
 tBytes suffixOf(const tBytes& a_datagram)
 {
     return a_datagram.size() < 48 ? tBytes() : tBytes(a_datagram.begin() + 48, a_datagram.end());
-}
-
-// The request's data field of a managementId that GET reads, or zeros of its
-// length.
-tBytes requestData(const tManagementIdInfo& a_info)
-{
-    for (const tManagementSample& sample : managementSamples())
-    {
-        if (sample.m_managementId == a_info.m_managementId)
-        {
-            return sample.m_requestData;
-        }
-    }
-    return tBytes(a_info.m_dataLength, 0);
 }
 
 // An error status TLV: its length counts the text and, for an odd one, a pad.
@@ -40,23 +23,10 @@ tBytes errorTLV(u16 a_managementId, u16 a_errorId, const std::string& a_text)
 {
     const size_t pad = a_text.size() % 2 == 0 ? 1 : 0;
     const u16 length = static_cast<u16>(8 + 1 + a_text.size() + pad);
-    tBytes bytes = {0x00,
-                    0x02,
-                    u8(length >> 8),
-                    u8(length),
-                    u8(a_errorId >> 8),
-                    u8(a_errorId),
-                    u8(a_managementId >> 8),
-                    u8(a_managementId),
-                    0,
-                    0,
-                    0,
-                    0,
-                    u8(a_text.size())};
-    for (char c : a_text)
-    {
-        bytes.push_back(static_cast<u8>(c));
-    }
+    tBytes bytes = {0x00, 0x02, u8(length >> 8), u8(length), u8(a_errorId >> 8), u8(a_errorId)};
+    bytes =
+        concat(bytes, {u8(a_managementId >> 8), u8(a_managementId), 0, 0, 0, 0, u8(a_text.size())});
+    bytes.insert(bytes.end(), a_text.begin(), a_text.end());
     bytes.resize(bytes.size() + pad, 0);
     return bytes;
 }
@@ -89,7 +59,7 @@ TEST(ManagementTest, EveryReadableManagementIdAnswersGetWithItsDataField)
                                       managementTLV(sample.m_managementId, sample.m_requestData)),
                     status);
         ASSERT_EQ(response.size(), 48 + sample.m_responseTLV.size());
-        EXPECT_EQ(response[46], kResponse);
+        EXPECT_EQ(response[46], kActionResponse);
         EXPECT_EQ(suffixOf(response), sample.m_responseTLV);
         EXPECT_EQ(status.getCode(), 0);
     }
@@ -177,7 +147,8 @@ TEST(ManagementTest, RefusalsNameTheirReason)
             managementRequest(entry.m_action, managementTLV(entry.m_managementId, entry.m_data)),
             status);
         ASSERT_GE(response.size(), 48u);
-        EXPECT_EQ(response[46], entry.m_action == kActionCommand ? kAcknowledge : kResponse);
+        EXPECT_EQ(response[46],
+                  entry.m_action == kActionCommand ? kActionAcknowledge : kActionResponse);
         EXPECT_EQ(suffixOf(response),
                   errorTLV(entry.m_managementId, entry.m_errorId, entry.m_text));
         // A refused value is not stored; a refused timeSource leaves the
@@ -189,25 +160,14 @@ TEST(ManagementTest, RefusalsNameTheirReason)
     }
 
     // Every action that the table does not offer.
-    u32 count = 0;
-    const tManagementIdInfo* pIds = managementIds(count);
-    for (u32 i = 0; i < count; ++i)
+    for (const auto& request : managementRequests(false))
     {
-        const u8 offers[] = {kOfferGet, kOfferSet, kOfferCommand};
-        const u8 actions[] = {kActionGet, kActionSet, kActionCommand};
-        for (int a = 0; a < 3; ++a)
-        {
-            if ((pIds[i].m_offers & offers[a]) != 0)
-            {
-                continue;
-            }
-            tSampleNode node;
-            tStatus status;
-            const tBytes tlv = managementTLV(pIds[i].m_managementId, requestData(pIds[i]));
-            EXPECT_EQ(suffixOf(respond(node, managementRequest(actions[a], tlv), status)),
-                      errorTLV(pIds[i].m_managementId, 6, "Unsupported actionField"))
-                << pIds[i].m_pName << " action " << a;
-        }
+        tSampleNode node;
+        tStatus status;
+        const u16 managementId = static_cast<u16>(request.second[52] << 8 | request.second[53]);
+        EXPECT_EQ(suffixOf(respond(node, request.second, status)),
+                  errorTLV(managementId, 6, "Unsupported actionField"))
+            << request.first;
     }
 }
 
@@ -222,8 +182,8 @@ TEST(ManagementTest, TheResponseIsTheRequestTurnedAround)
     const tBytes response =
         respond(node, managementRequest(kActionGet, concat(priority1, lxi)), status);
     // Only the first TLV is acted on; the others go back as they came.
-    const tBytes expected =
-        concat(managementRequest(kResponse, {}), concat(managementTLV(0x2005, {0xC8, 0}), lxi));
+    const tBytes expected = concat(managementRequest(kActionResponse, {}),
+                                   concat(managementTLV(0x2005, {0xC8, 0}), lxi));
     ASSERT_EQ(response.size(), expected.size());
     EXPECT_EQ(response[2] << 8 | response[3], static_cast<int>(response.size())); // messageLength
     // Source and target swap places; 3 - 1 hops are left to go.

@@ -171,7 +171,7 @@ bool tSimNetwork::tKey::operator<(const tKey& a_other) const
     return std::memcmp(m_source, a_other.m_source, sizeof(m_source)) < 0;
 }
 
-tSimNetwork::tSimNetwork(u64 a_lossSeed) : m_random(a_lossSeed), m_defaultDelayNs(0) {}
+tSimNetwork::tSimNetwork(u64 a_lossSeed) : m_random(a_lossSeed) {}
 
 tSimNetwork::~tSimNetwork()
 {
@@ -194,8 +194,8 @@ u32 tSimNetwork::addEndpoint(i64 a_clockOffsetNs)
     pEndpoint->m_pArrival.reset(new tEvent(true, false, nullptr, eventStatus));
     for (u32 other = 0; other < id; ++other)
     {
-        m_links[std::make_pair(other, id)] = tLink{m_defaultDelayNs, 0.0};
-        m_links[std::make_pair(id, other)] = tLink{m_defaultDelayNs, 0.0};
+        m_links[std::make_pair(other, id)] = tLink{0, 0.0};
+        m_links[std::make_pair(id, other)] = tLink{0, 0.0};
     }
     m_endpoints.push_back(std::move(pEndpoint));
     return id;
@@ -232,12 +232,6 @@ i64 tSimNetwork::now()
 tTimestamp tSimNetwork::clockAtLocked(const tEndpoint& a_endpoint, i64 a_t) const
 {
     return toTimestamp(kEpochNs + a_endpoint.m_offsetNs + a_t);
-}
-
-void tSimNetwork::setDefaultDelay(i64 a_delayNs)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_defaultDelayNs = a_delayNs;
 }
 
 void tSimNetwork::setDelay(u32 a_from, u32 a_to, i64 a_delayNs)
@@ -484,7 +478,7 @@ void tSimNetwork::send(u32 a_id, tProtocolDataUnit& a_rPdu, bool a_event, tStatu
             {
                 continue;
             }
-            tInFlight copy = {a_id, to, a_event, bytes, 0, false};
+            tInFlight copy = {a_id, a_event, bytes, 0, false};
             if (m_hook)
             {
                 m_hook(copy);

@@ -96,7 +96,6 @@ tTimestamp toTimestamp(i64 a_nanoseconds);
 struct tInFlight
 {
     u32 m_from;
-    u32 m_to;
     bool m_event;
     std::vector<u8> m_bytes;
     i64 m_extraDelayNs;
@@ -201,8 +200,6 @@ public:
     // Simulated nanoseconds since the network was made.
     i64 now();
 
-    // Delay for links made from now on; existing links keep theirs.
-    void setDefaultDelay(i64 a_delayNs);
     void setDelay(u32 a_from, u32 a_to, i64 a_delayNs);
     void setSymmetricDelay(u32 a_a, u32 a_b, i64 a_delayNs);
     // Probability from 0 to 1 that one copy from a_from to a_to is lost.
@@ -336,7 +333,6 @@ private:
     nOrvTarn000::tManualClock m_clock;
     std::mutex m_mutex;
     std::mt19937_64 m_random;
-    i64 m_defaultDelayNs;
     std::vector<std::unique_ptr<tEndpoint>> m_endpoints;
     std::map<std::pair<u32, u32>, tLink> m_links;
     tInFlightHook m_hook;

@@ -292,16 +292,6 @@ u16 tSimNode::getStepsRemoved()
                                  [](tPTPNode& a_rNode) { return a_rNode.getStepsRemoved(); });
 }
 
-u8 tSimNode::getPortStateField()
-{
-    return readOnDispatcher<u8>(*this,
-                                [](tPTPNode& a_rNode)
-                                {
-                                    tStatus status;
-                                    return a_rNode.getPortState(1, status);
-                                });
-}
-
 std::string tSimNode::describe()
 {
     std::ostringstream text;
@@ -332,24 +322,6 @@ void tSimNode::portStateChanged(i32 a_newState, i32 a_oldState)
         tStatus status;
         m_pNode->postMasterClockSelectedCheck(status);
     }
-}
-
-bool waitForStates(tSimNetwork& a_network, const std::vector<std::pair<tSimNode*, u8>>& a_states,
-                   tSimNetwork::tBound a_bound)
-{
-    return a_network.waitUntil(
-        [&a_states]
-        {
-            for (const std::pair<tSimNode*, u8>& entry : a_states)
-            {
-                if (entry.first->getState() != entry.second)
-                {
-                    return false;
-                }
-            }
-            return true;
-        },
-        a_bound);
 }
 
 std::string describeAll(const std::vector<tSimNode*>& a_nodes)

@@ -98,7 +98,6 @@ public:
     tClockIdentity getParentClockIdentity();
     tClockIdentity getGrandmasterIdentity();
     u16 getStepsRemoved();
-    u8 getPortStateField();
 
     std::vector<tSample> getSamples() { return m_network.getSamples(m_id); }
     std::string describe();
@@ -117,9 +116,6 @@ private:
     std::vector<tTransition> m_transitions;
 };
 
-// Waits until every listed node reports its state.
-bool waitForStates(tSimNetwork& a_network, const std::vector<std::pair<tSimNode*, u8>>& a_states,
-                   tSimNetwork::tBound a_bound);
 std::string describeAll(const std::vector<tSimNode*>& a_nodes);
 
 } // namespace nSimNet
