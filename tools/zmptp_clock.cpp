@@ -76,6 +76,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -387,10 +388,12 @@ private:
     std::mutex m_mutex;
 };
 
+// Saturates: a peer may send any 48-bit seconds, or set our time to them.
 i64 toNanoseconds(const tTimestamp& a_time)
 {
-    return static_cast<i64>(a_time.getSeconds()) * 1000000000LL +
-           static_cast<i64>(a_time.getNanoseconds());
+    const i64 kMaxSeconds = std::numeric_limits<i64>::max() / 1000000000LL - 1;
+    const i64 seconds = std::min(static_cast<i64>(a_time.getSeconds()), kMaxSeconds);
+    return seconds * 1000000000LL + static_cast<i64>(a_time.getNanoseconds());
 }
 
 // The value at fraction a_fraction of the sorted values (nearest rank).
