@@ -5,6 +5,7 @@
 #include "orvptp/iPTPEvent.h"
 #include "tManualClock.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
@@ -89,7 +90,8 @@ public:
                                   });
     }
 
-    int m_eventsMade = 0;
+    // Events are made on the posters' threads.
+    std::atomic<int> m_eventsMade{0};
 
 private:
     struct tEntry

@@ -332,5 +332,5 @@ TEST_F(TimedEventGeneratorTest, DestructionWithTimersArmedAndEventsQueuedFreesAl
         gate.signal();
     }
     // The dispatcher freed what it still held.
-    EXPECT_EQ(static_cast<size_t>(m_log.m_eventsMade), m_log.with("delete ").size());
+    EXPECT_EQ(static_cast<size_t>(m_log.m_eventsMade.load()), m_log.with("delete ").size());
 }
