@@ -29,7 +29,9 @@ tZelmarSource::~tZelmarSource()
 {
     // Waits for a property call that uses the controller.
     tSourceRegistry::getInstance().clear();
-    m_pController.reset();
+    // The controller's end stops its worker, whose last action may still ask
+    // this source whether it is online: the pointer keeps its value until the
+    // controller is gone, as the member's own destruction does.
 }
 
 void tZelmarSource::attachTimeReference(nZelmar::iTimeReference* a_pReference)
