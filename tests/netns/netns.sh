@@ -13,6 +13,10 @@
 #                               runs the command inside namespace i, killed
 #                               after the time limit; returns its exit code
 #                               (124 when the limit ran out).
+#   netns_stop <i>              ends every process in namespace i: TERM, and
+#                               KILL for what still runs 2 s later. (Killing
+#                               the job of a netns_run does not reach the
+#                               command inside.)
 #   netns_ip <i> <ip arguments...>
 #                               runs `ip` inside namespace i.
 #   netns_link <i> down|up      takes the device of namespace i down or up.
@@ -71,7 +75,7 @@ netns_ip() {
 }
 
 # Kills the processes of one namespace (politely, then not), and deletes it.
-_netns_remove() {
+_netns_stop_named() {
   local namespace=$1 _
   local -a pids
   mapfile -t pids < <(ip netns pids "${namespace}" 2>/dev/null)
@@ -86,7 +90,15 @@ _netns_remove() {
       kill -KILL "${pids[@]}" 2>/dev/null
     fi
   fi
-  ip netns delete "${namespace}" 2>/dev/null || true
+}
+
+netns_stop() {
+  _netns_stop_named "$(netns_name "$1")"
+}
+
+_netns_remove() {
+  _netns_stop_named "$1"
+  ip netns delete "$1" 2>/dev/null || true
 }
 
 # Namespaces of runs whose shell is gone (killed without a chance to clean).
