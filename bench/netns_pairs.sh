@@ -131,6 +131,19 @@ window_of() {
        END { if (!found) printf "-" }' "${work}/$1.log"
 }
 
+# "<p50>/<p95>" of our slave's |offset| had each offset used the median of
+# the last 10 path delays (as ptp4l's delay filter does) instead of the last
+# one alone, in ns: what the unfiltered path delay adds to the error.
+filtered_of() {
+  _clock_sample_lines "$1" | awk '{ d[(NR - 1) % 10] = $2; n = NR < 10 ? NR : 10
+      for (i = 0; i < n; i++) w[i] = d[i]
+      for (i = 1; i < n; i++) for (j = i; j > 0 && w[j - 1] > w[j]; j--) {
+        t = w[j]; w[j] = w[j - 1]; w[j - 1] = t }
+      m = n % 2 ? w[(n - 1) / 2] : (w[n / 2 - 1] + w[n / 2]) / 2
+      e = $1 + $2 - m; printf "%.0f\n", e < 0 ? -e : e }' | stats |
+    awk '$1 > 0 { printf "%s/%s", $2, $3; next } { printf "-" }'
+}
+
 rows=()
 # One pair: <label> <master kind> <slave kind> [seconds], kinds "ours" (the
 # kernel's timestamps), "ours-user" (readings in user space), "ptp4l", "ptpd"
@@ -183,18 +196,20 @@ pair() {
   read -r count median p95 < <(stats <"${errors}")
   delay=$(mean <"${delays}")
   zeros=$(grep -cx 0 "${delays}")
-  local master_window="-" slave_window="-" slave_age="-"
+  local master_window="-" slave_window="-" slave_age="-" filtered="-"
   [[ "${master_kind}" == ours* ]] && master_window=$(window_of "${tag}_master")
   if [[ "${slave_kind}" == ours* || "${slave_kind}" == steered ]]; then
     slave_window=$(window_of "${tag}_slave")
     slave_age=$(age_of "${tag}_slave")
+    filtered=$(filtered_of "${log}")
   fi
   local master_cpu master_rss slave_cpu slave_rss
   read -r master_cpu master_rss < <(usage_of "${tag}_master")
   read -r slave_cpu slave_rss < <(usage_of "${tag}_slave")
-  rows+=("$(printf '%-15s %7s %9s %9s %8s %5s %6s %6s %6s %6s %12s %12s %12s' "${label}" \
-    "${count}" "${median}" "${p95}" "${delay}" "${zeros}" "${master_cpu}" "${master_rss}" \
-    "${slave_cpu}" "${slave_rss}" "${master_window}" "${slave_window}" "${slave_age}")")
+  rows+=("$(printf '%-15s %7s %9s %9s %11s %8s %5s %6s %6s %6s %6s %12s %12s %12s' "${label}" \
+    "${count}" "${median}" "${p95}" "${filtered}" "${delay}" "${zeros}" "${master_cpu}" \
+    "${master_rss}" "${slave_cpu}" "${slave_rss}" "${master_window}" "${slave_window}" \
+    "${slave_age}")")
   echo "${label}: done" >&2
 }
 
@@ -211,10 +226,11 @@ pair "ptp4l->steered" ptp4l steered "${servo_seconds}"
 echo
 echo "Pairs over a veth pair, ${seconds} s each; offsets and delays of the slave in ns,"
 echo "d=0 the slave's path delays of 0; CPU in s and peak RSS in MiB per process;"
-echo "our send window and slave receive stamp age p50/p99 in us."
-printf '%-15s %7s %9s %9s %8s %5s %6s %6s %6s %6s %12s %12s %12s\n' "pair" "samples" \
-  "|off| p50" "|off| p95" "delay" "d=0" "M cpu" "M rss" "S cpu" "S rss" "M window" \
-  "S window" "S rx age"
+echo "our send window and slave receive stamp age p50/p99 in us; for our slaves also"
+echo "|off| p50/p95 had each offset used the median of the last 10 path delays (filt)."
+printf '%-15s %7s %9s %9s %11s %8s %5s %6s %6s %6s %6s %12s %12s %12s\n' "pair" "samples" \
+  "|off| p50" "|off| p95" "filt p50/95" "delay" "d=0" "M cpu" "M rss" "S cpu" "S rss" \
+  "M window" "S window" "S rx age"
 printf '%s\n' "${rows[@]}"
 
 # The servo's figures from the summary of the steered slave: "<n>/<s>" until
