@@ -23,12 +23,17 @@
 # for good), and |true error| over the second half of the run, next to the
 # measurement noise of the unsteered pairs of the same run.
 #                  [seconds of the servo run, default 90]
+# Last, ours<->ours and ptp4l<->ptp4l again, in turn, for more rounds: the
+# medians of one pair move from run to run by more than the two pairs differ,
+# so one round alone cannot rank them; a line gives each one's medians.
+#                  [rounds of the two, default 3]
 set -uo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 netns_dir="${here}/../tests/netns"
 clock=$1
 seconds=${2:-20}
 servo_seconds=${3:-90}
+rounds=${4:-3}
 # shellcheck source-path=SCRIPTDIR source=../tests/netns/clock_common.sh
 source "${netns_dir}/clock_common.sh"
 netns_require_root
@@ -222,6 +227,10 @@ pair "ptp4l->ptp4l" ptp4l ptp4l
 pair "ptpd->ours" ptpd ours
 pair "ours->ptpd" ours ptpd
 pair "ptp4l->steered" ptp4l steered "${servo_seconds}"
+for ((round = 2; round <= rounds; round++)); do
+  pair "ours->ours#${round}" ours ours
+  pair "ptp4l->ptp4l#${round}" ptp4l ptp4l
+done
 
 echo
 echo "Pairs over a veth pair, ${seconds} s each; offsets and delays of the slave in ns,"
@@ -232,6 +241,20 @@ printf '%-15s %7s %9s %9s %11s %8s %5s %6s %6s %6s %6s %12s %12s %12s\n' "pair" 
   "|off| p50" "|off| p95" "filt p50/95" "delay" "d=0" "M cpu" "M rss" "S cpu" "S rss" \
   "M window" "S window" "S rx age"
 printf '%s\n' "${rows[@]}"
+# "<median of medians> (<lowest>-<highest>)" of a pair's rounds, and of their
+# 95th percentiles.
+rounds_of() {
+  printf '%s\n' "${rows[@]}" | awk -v label="$1" '{ sub(/#[0-9]+$/, "", $1) }
+    $1 == label && $3 != "-" { m[++n] = $3; p[n] = $4 }
+    function middle(v, k, i, j, t) {
+      for (i = 2; i <= k; i++) for (j = i; j > 1 && v[j - 1] > v[j]; j--) {
+        t = v[j]; v[j] = v[j - 1]; v[j - 1] = t }
+      return sprintf("%s (%s-%s)", v[int((k + 1) / 2)], v[1], v[k]) }
+    END { if (n == 0) { print "-"; exit }
+          printf "p50 %s, p95 %s over %d rounds", middle(m, n), middle(p, n), n }'
+}
+echo "ours->ours   |off| $(rounds_of 'ours->ours')"
+echo "ptp4l->ptp4l |off| $(rounds_of 'ptp4l->ptp4l')"
 
 # The servo's figures from the summary of the steered slave: "<n>/<s>" until
 # synchronized and until within 10 us, then |true error| p50, p95 and max
