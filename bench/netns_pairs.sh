@@ -140,12 +140,12 @@ window_of() {
 # the last 10 path delays (as ptp4l's delay filter does) instead of the last
 # one alone, in ns: what the unfiltered path delay adds to the error.
 filtered_of() {
-  _clock_sample_lines "$1" | awk '{ d[(NR - 1) % 10] = $2; n = NR < 10 ? NR : 10
+  awk '{ d[(NR - 1) % 10] = $2; n = NR < 10 ? NR : 10
       for (i = 0; i < n; i++) w[i] = d[i]
       for (i = 1; i < n; i++) for (j = i; j > 0 && w[j - 1] > w[j]; j--) {
         t = w[j]; w[j] = w[j - 1]; w[j - 1] = t }
       m = n % 2 ? w[(n - 1) / 2] : (w[n / 2 - 1] + w[n / 2]) / 2
-      e = $1 + $2 - m; printf "%.0f\n", e < 0 ? -e : e }' | stats |
+      e = $1 + $2 - m; printf "%.0f\n", e < 0 ? -e : e }' "$1" | stats |
     awk '$1 > 0 { printf "%s/%s", $2, $3; next } { printf "-" }'
 }
 
@@ -186,35 +186,32 @@ pair() {
   wait
   netns_cleanup
 
-  local log="${work}/${tag}_slave.log" errors="${work}/${tag}.errors" delays="${work}/${tag}.delays"
+  # "<offset ns> <delay ns>" of each of the slave's samples.
+  local samples="${work}/${tag}.samples"
   case "${slave_kind}" in
-    ours* | steered)
-      clock_offset_errors "${log}" 0 >"${errors}" && clock_delays "${log}" >"${delays}"
-      ;;
-    ptpd)
-      ptpd_samples "${tag}_slave" | awk '{ print ($1 < 0 ? -$1 : $1) }' >"${errors}"
-      ptpd_samples "${tag}_slave" | awk '{ print $2 }' >"${delays}"
-      ;;
-    *) ptp4l_offset_errors "${log}" 0 >"${errors}" && ptp4l_delays "${log}" >"${delays}" ;;
-  esac
-  local count median p95 delay zeros
-  read -r count median p95 < <(stats <"${errors}")
-  delay=$(mean <"${delays}")
-  zeros=$(grep -cx 0 "${delays}")
+    ours* | steered) _clock_sample_lines "${work}/${tag}_slave.log" ;;
+    ptpd) ptpd_samples "${tag}_slave" ;;
+    *) _ptp4l_locked_lines "${work}/${tag}_slave.log" ;;
+  esac >"${samples}"
+  local count median p95 bias delay zeros
+  read -r count median p95 < <(awk '{ print ($1 < 0 ? -$1 : $1) }' "${samples}" | stats)
+  bias=$(awk '{ print $1 }' "${samples}" | mean)
+  delay=$(awk '{ print $2 }' "${samples}" | mean)
+  zeros=$(awk '$2 == 0' "${samples}" | wc -l)
   local master_window="-" slave_window="-" slave_age="-" filtered="-"
   [[ "${master_kind}" == ours* ]] && master_window=$(window_of "${tag}_master")
   if [[ "${slave_kind}" == ours* || "${slave_kind}" == steered ]]; then
     slave_window=$(window_of "${tag}_slave")
     slave_age=$(age_of "${tag}_slave")
-    filtered=$(filtered_of "${log}")
+    filtered=$(filtered_of "${samples}")
   fi
   local master_cpu master_rss slave_cpu slave_rss
   read -r master_cpu master_rss < <(usage_of "${tag}_master")
   read -r slave_cpu slave_rss < <(usage_of "${tag}_slave")
-  rows+=("$(printf '%-15s %7s %9s %9s %11s %8s %5s %6s %6s %6s %6s %12s %12s %12s' "${label}" \
-    "${count}" "${median}" "${p95}" "${filtered}" "${delay}" "${zeros}" "${master_cpu}" \
-    "${master_rss}" "${slave_cpu}" "${slave_rss}" "${master_window}" "${slave_window}" \
-    "${slave_age}")")
+  rows+=("$(printf '%-15s %7s %9s %9s %11s %6s %8s %5s %6s %6s %6s %6s %12s %12s %12s' \
+    "${label}" "${count}" "${median}" "${p95}" "${filtered}" "${bias}" "${delay}" "${zeros}" \
+    "${master_cpu}" "${master_rss}" "${slave_cpu}" "${slave_rss}" "${master_window}" \
+    "${slave_window}" "${slave_age}")")
   echo "${label}: done" >&2
 }
 
@@ -236,16 +233,17 @@ echo
 echo "Pairs over a veth pair, ${seconds} s each; offsets and delays of the slave in ns,"
 echo "d=0 the slave's path delays of 0; CPU in s and peak RSS in MiB per process;"
 echo "our send window and slave receive stamp age p50/p99 in us; for our slaves also"
-echo "|off| p50/p95 had each offset used the median of the last 10 path delays (filt)."
-printf '%-15s %7s %9s %9s %11s %8s %5s %6s %6s %6s %6s %12s %12s %12s\n' "pair" "samples" \
-  "|off| p50" "|off| p95" "filt p50/95" "delay" "d=0" "M cpu" "M rss" "S cpu" "S rss" \
-  "M window" "S window" "S rx age"
+echo "|off| p50/p95 had each offset used the median of the last 10 path delays (filt);"
+echo "bias: the mean of the signed offsets, the asymmetry of the two directions."
+printf '%-15s %7s %9s %9s %11s %6s %8s %5s %6s %6s %6s %6s %12s %12s %12s\n' "pair" \
+  "samples" "|off| p50" "|off| p95" "filt p50/95" "bias" "delay" "d=0" "M cpu" "M rss" \
+  "S cpu" "S rss" "M window" "S window" "S rx age"
 printf '%s\n' "${rows[@]}"
 # "<median of medians> (<lowest>-<highest>)" of a pair's rounds, and of their
 # 95th percentiles.
 rounds_of() {
   printf '%s\n' "${rows[@]}" | awk -v label="$1" '{ sub(/#[0-9]+$/, "", $1) }
-    $1 == label && $3 != "-" { m[++n] = $3; p[n] = $4 }
+    $1 == label && $2 ~ /^[0-9]+$/ && $3 != "-" { m[++n] = $3; p[n] = $4 }
     function middle(v, k, i, j, t) {
       for (i = 2; i <= k; i++) for (j = i; j > 1 && v[j - 1] > v[j]; j--) {
         t = v[j]; v[j] = v[j - 1]; v[j - 1] = t }
