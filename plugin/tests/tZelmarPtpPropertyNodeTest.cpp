@@ -53,7 +53,8 @@ TEST(ZelmarPtpPropertyNodeTest, EachKeyReadsTheClockAsTheHostNumbersIt)
     nSimNet::tSimNode master(network, nSimNet::makeClockIdentity(1));
     tStatus status;
     // priority1 10, priority2 20, clockClass 6, clockAccuracy 0x21.
-    master.start(nSimNet::tNodeSettings{10, 20, 6, 0x21}, status);
+    master.settings() = nSimNet::tNodeSettings{10, 20, 6, 0x21};
+    master.start(status);
     master.runOnDispatcher(
         [](nOrvPTP000::tPTPNode& a_rNode, tStatus& a_status)
         {

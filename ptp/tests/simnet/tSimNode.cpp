@@ -85,29 +85,11 @@ tClockIdentity makeClockIdentity(u8 a_number)
 
 const char* stateName(u8 a_state)
 {
-    switch (a_state)
-    {
-    case kPortStateStopped:
-        return "STOPPED";
-    case kPortStateInitializing:
-        return "INITIALIZING";
-    case kPortStateFaulty:
-        return "FAULTY";
-    case kPortStateDisabled:
-        return "DISABLED";
-    case kPortStateListening:
-        return "LISTENING";
-    case kPortStateMaster:
-        return "MASTER";
-    case kPortStatePassive:
-        return "PASSIVE";
-    case kPortStateUncalibrated:
-        return "UNCALIBRATED";
-    case kPortStateSlave:
-        return "SLAVE";
-    default:
-        return "?";
-    }
+    // By code; PRE_MASTER (5) does not occur.
+    static const char* const kNames[] = {
+        "STOPPED", "INITIALIZING", "FAULTY",  "DISABLED",     "LISTENING",
+        "?",       "MASTER",       "PASSIVE", "UNCALIBRATED", "SLAVE"};
+    return a_state < sizeof(kNames) / sizeof(kNames[0]) ? kNames[a_state] : "?";
 }
 
 tSimNode::tSimNode(tSimNetwork& a_network, const tClockIdentity& a_identity, i64 a_clockOffsetNs)
@@ -145,12 +127,6 @@ void tSimNode::start(tStatus& a_status)
 {
     m_pNode->startClock(a_status);
     completeInitialization(a_status);
-}
-
-void tSimNode::start(const tNodeSettings& a_settings, tStatus& a_status)
-{
-    m_settings = a_settings;
-    start(a_status);
 }
 
 void tSimNode::stop(tStatus& a_status)

@@ -63,12 +63,10 @@ public:
     u32 getId() const { return m_id; }
     const tClockIdentity& getIdentity() const { return m_identity; }
     tPTPNode& node() { return *m_pNode; }
-    tSimNetwork& network() { return m_network; }
     tNodeSettings& settings() { return m_settings; }
 
     // Starts the clock and completes its initialisation with the settings.
     void start(tStatus& a_status);
-    void start(const tNodeSettings& a_settings, tStatus& a_status);
     void stop(tStatus& a_status);
     // Writes the settings, then lets the port leave INITIALIZING: what the
     // plug-in does each time the port reports INITIALIZING.
