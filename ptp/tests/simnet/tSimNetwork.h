@@ -24,6 +24,7 @@
 #include "orvptp/iPTPTimestampGenerator.h"
 #include "tManualClock.h"
 
+#include <array>
 #include <chrono>
 #include <deque>
 #include <functional>
@@ -121,11 +122,17 @@ struct tSample
     i64 m_meanPathDelay;
 };
 
-// The messaging of one endpoint.
-class tSimMessaging : public nOrvPTP000::iPTPPortMessaging
+// One endpoint: the three interfaces of a node over the network's state for
+// it. A timestamp record is found by the datagram's own bytes (messageType,
+// controlField, sequenceId and the sender's port identity), so that two
+// senders that happen to use the same sequenceId never share one.
+class tSimEndpoint : public nOrvPTP000::iPTPPortMessaging,
+                     public nOrvPTP000::iPTPTimestampGenerator,
+                     public nOrvPTP000::iPTPTimekeeper
 {
 public:
-    tSimMessaging(tSimNetwork& a_network, u32 a_id) : m_network(a_network), m_id(a_id) {}
+    tSimEndpoint(tSimNetwork& a_network, u32 a_id, i64 a_offsetNs);
+
     void open(tStatus& a_status) override;
     void close(tStatus& a_status) override;
     void sendEventMessage(tProtocolDataUnit& a_rPdu, tStatus& a_status) override;
@@ -134,33 +141,11 @@ public:
     void cancelReceive(tStatus& a_status) override;
     nOrvPTP000::tPortAddress getPortAddress() override;
 
-private:
-    tSimNetwork& m_network;
-    u32 m_id;
-};
-
-// The timestamps of one endpoint. A record is found by the datagram's own
-// bytes: messageType, controlField, sequenceId and the sender's port identity,
-// so that two senders that happen to use the same sequenceId never share one.
-class tSimTimestamps : public nOrvPTP000::iPTPTimestampGenerator
-{
-public:
-    tSimTimestamps(tSimNetwork& a_network, u32 a_id) : m_network(a_network), m_id(a_id) {}
     bool getReceiveTimestamp(tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime,
                              tStatus& a_status) override;
     bool getTransmitTimestamp(tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime,
                               tStatus& a_status) override;
 
-private:
-    tSimNetwork& m_network;
-    u32 m_id;
-};
-
-// The clock of one endpoint, as the node reads and steers it.
-class tSimTimekeeper : public nOrvPTP000::iPTPTimekeeper
-{
-public:
-    tSimTimekeeper(tSimNetwork& a_network, u32 a_id) : m_network(a_network), m_id(a_id) {}
     void getTime(tTimestamp& a_rTime, tStatus& a_status) override;
     void stepTime(const tTimestamp& a_rTime, tStatus& a_status) override;
     void addSample(const tTimestamp& a_rMasterTime, const tTimestamp& a_rLocalTime,
@@ -172,9 +157,54 @@ public:
     void setProbe(nOrvPTP000::iPTPNode* a_pNode) { m_pProbe = a_pNode; }
 
 private:
+    friend class tSimNetwork;
+    // messageType, controlField, sequenceId, sourcePortIdentity.
+    typedef std::array<u8, 14> tKey;
+    struct tRecord
+    {
+        tKey m_key;
+        tTimestamp m_time;
+    };
+    struct tDatagram
+    {
+        std::vector<u8> m_bytes;
+        bool m_event;
+        i64 m_due;
+    };
+
+    void send(tProtocolDataUnit& a_rPdu, bool a_event, tStatus& a_status);
+    // One look, under the network's lock: true when the receive ends
+    // (datagram, cancel or failure); otherwise a_rDeadline is the next
+    // datagram's arrival.
+    bool tryReceiveLocked(tProtocolDataUnit& a_rPdu, u64& a_rDeadline, tStatus& a_status);
+    bool fetchTimestamp(bool a_receive, tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime);
+    tTimestamp clockAtLocked(i64 a_t) const;
+    void wakeLocked();
+
     tSimNetwork& m_network;
-    u32 m_id;
+    const u32 m_id;
     nOrvPTP000::iPTPNode* m_pProbe = nullptr;
+    i64 m_offsetNs;
+    bool m_open = false;
+    bool m_cancelled = false;
+    bool m_connected = true;
+    bool m_failReceive = false;
+    bool m_failClose = false;
+    // A receive is under way: only then does a change wake it.
+    bool m_receiving = false;
+    bool m_failOpen = false;
+    bool m_timeLost = false;
+    bool m_held = false;
+    u32 m_openCount = 0;
+    u32 m_lostTimestamps[2] = {}; // transmit, receive
+    // Signalled at every change a waiting receive must look at.
+    std::unique_ptr<nOrvTarn000::tEvent> m_pArrival;
+    std::deque<tDatagram> m_queue;
+    std::deque<tRecord> m_records[2]; // transmit, receive
+    u64 m_sent[16] = {};
+    u64 m_delivered[16] = {};
+    std::vector<tSentDatagram> m_sentLog;
+    std::vector<tSample> m_samples;
 };
 
 class tSimNetwork
@@ -188,12 +218,13 @@ public:
     tSimNetwork& operator=(const tSimNetwork&) = delete;
 
     // Adds an endpoint whose clock reads epoch + offset + t at simulated time
-    // t. Links to and from it get the default delay.
+    // t. Links to and from it have no delay.
     u32 addEndpoint(i64 a_clockOffsetNs = 0);
 
-    nOrvPTP000::iPTPPortMessaging* getMessaging(u32 a_id);
-    nOrvPTP000::iPTPTimestampGenerator* getTimestamps(u32 a_id);
-    tSimTimekeeper* getTimekeeper(u32 a_id);
+    tSimEndpoint* getEndpoint(u32 a_id);
+    nOrvPTP000::iPTPPortMessaging* getMessaging(u32 a_id) { return getEndpoint(a_id); }
+    nOrvPTP000::iPTPTimestampGenerator* getTimestamps(u32 a_id) { return getEndpoint(a_id); }
+    tSimEndpoint* getTimekeeper(u32 a_id) { return getEndpoint(a_id); }
 
     // The clock of the network and of the nodes on it.
     nOrvTarn000::tManualClock& getClock() { return m_clock; }
@@ -240,100 +271,21 @@ public:
     bool waitUntil(const std::function<bool()>& a_condition, tBound a_bound);
 
 private:
-    friend class tSimMessaging;
-    friend class tSimTimestamps;
-    friend class tSimTimekeeper;
+    friend class tSimEndpoint;
 
-    struct tKey
-    {
-        u8 m_messageType;
-        u8 m_controlField;
-        u16 m_sequenceId;
-        u8 m_source[10];
-        bool operator<(const tKey& a_other) const;
-    };
-    struct tRecord
-    {
-        tKey m_key;
-        tTimestamp m_time;
-    };
-    struct tDatagram
-    {
-        std::vector<u8> m_bytes;
-        bool m_event;
-        i64 m_due;
-    };
     struct tLink
     {
         i64 m_delayNs;
         double m_loss;
     };
-    struct tEndpoint
-    {
-        i64 m_offsetNs = 0;
-        bool m_open = false;
-        bool m_cancelled = false;
-        bool m_connected = true;
-        bool m_failReceive = false;
-        bool m_failClose = false;
-        // A receive is under way: only then does a change wake it.
-        bool m_receiving = false;
-        bool m_failOpen = false;
-        bool m_timeLost = false;
-        bool m_held = false;
-        u32 m_openCount = 0;
-        u32 m_lostTimestamps[2] = {}; // transmit, receive
-        // Signalled at every change a waiting receive must look at.
-        std::unique_ptr<nOrvTarn000::tEvent> m_pArrival;
-        std::deque<tDatagram> m_queue;
-        std::deque<tRecord> m_receiveRecords;
-        std::deque<tRecord> m_transmitRecords;
-        u64 m_sent[16] = {};
-        u64 m_delivered[16] = {};
-        std::vector<tSentDatagram> m_sentLog;
-        std::vector<tSample> m_samples;
-        std::unique_ptr<tSimMessaging> m_pMessaging;
-        std::unique_ptr<tSimTimestamps> m_pTimestamps;
-        std::unique_ptr<tSimTimekeeper> m_pTimekeeper;
-    };
 
-    enum : u32
-    {
-        // Records kept per direction; the oldest gives way.
-        kMaxRecords = 64
-    };
-
-    static bool makeKey(const u8* a_pData, u32 a_length, tKey& a_rKey);
-    static bool takeRecord(std::deque<tRecord>& a_rRecords, const tProtocolDataUnit& a_rPdu,
-                           tTimestamp& a_rTime);
-    static void keepRecord(std::deque<tRecord>& a_rRecords, const tKey& a_key,
-                           const tTimestamp& a_time);
-
-    tEndpoint& endpoint(u32 a_id);
-    // Under m_mutex.
-    tTimestamp clockAtLocked(const tEndpoint& a_endpoint, i64 a_t) const;
-    void wakeLocked(tEndpoint& a_rEndpoint);
-
-    void open(u32 a_id, tStatus& a_status);
-    void close(u32 a_id, tStatus& a_status);
-    void send(u32 a_id, tProtocolDataUnit& a_rPdu, bool a_event, tStatus& a_status);
-    void receive(u32 a_id, tProtocolDataUnit& a_rPdu, tStatus& a_status);
-    // One look at the endpoint: true when the receive ends (datagram, cancel
-    // or failure); otherwise a_rDeadline is the next datagram's arrival.
-    bool tryReceiveLocked(tEndpoint& a_rEndpoint, tProtocolDataUnit& a_rPdu, u64& a_rDeadline,
-                          tStatus& a_status);
-    void cancelReceive(u32 a_id);
-    bool fetchTimestamp(u32 a_id, bool a_receive, tProtocolDataUnit& a_rPdu, tTimestamp& a_rTime);
-    bool readClock(u32 a_id, tTimestamp& a_rTime);
-    void step(u32 a_id, const tTimestamp& a_time);
-    void keepSample(u32 a_id, const tSample& a_sample);
-    bool held(u32 a_id);
+    tSimEndpoint& endpoint(u32 a_id) { return *m_endpoints.at(a_id); }
 
     // First: it outlives everything that waits through it.
     nOrvTarn000::tManualClock m_clock;
     std::mutex m_mutex;
     std::mt19937_64 m_random;
-    std::vector<std::unique_ptr<tEndpoint>> m_endpoints;
+    std::vector<std::unique_ptr<tSimEndpoint>> m_endpoints;
     std::map<std::pair<u32, u32>, tLink> m_links;
     tInFlightHook m_hook;
 };
