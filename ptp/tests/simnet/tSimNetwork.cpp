@@ -438,22 +438,10 @@ void tSimNetwork::setLoss(u32 a_from, u32 a_to, double a_probability)
     m_links.at(std::make_pair(a_from, a_to)).m_loss = a_probability;
 }
 
-void tSimNetwork::setConnected(u32 a_id, bool a_connected)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    endpoint(a_id).m_connected = a_connected;
-}
-
 void tSimNetwork::setInFlightHook(tInFlightHook a_hook)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_hook = std::move(a_hook);
-}
-
-void tSimNetwork::failNextClose(u32 a_id)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    endpoint(a_id).m_failClose = true;
 }
 
 void tSimNetwork::failNextReceive(u32 a_id)
@@ -463,28 +451,10 @@ void tSimNetwork::failNextReceive(u32 a_id)
     endpoint(a_id).wakeLocked();
 }
 
-void tSimNetwork::setOpenFailing(u32 a_id, bool a_failing)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    endpoint(a_id).m_failOpen = a_failing;
-}
-
-void tSimNetwork::setTimeLost(u32 a_id, bool a_lost)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    endpoint(a_id).m_timeLost = a_lost;
-}
-
 void tSimNetwork::loseTimestamps(u32 a_id, bool a_receive, u32 a_count)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     endpoint(a_id).m_lostTimestamps[a_receive ? 1 : 0] = a_count;
-}
-
-void tSimNetwork::setPortStateHeld(u32 a_id, bool a_held)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    endpoint(a_id).m_held = a_held;
 }
 
 u64 tSimNetwork::getSentCount(u32 a_id, u8 a_messageType)
@@ -497,36 +467,6 @@ u64 tSimNetwork::getDeliveredCount(u32 a_id, u8 a_messageType)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     return endpoint(a_id).m_delivered[a_messageType & 0x0F];
-}
-
-bool tSimNetwork::isOpen(u32 a_id)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return endpoint(a_id).m_open;
-}
-
-u32 tSimNetwork::getOpenCount(u32 a_id)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return endpoint(a_id).m_openCount;
-}
-
-bool tSimNetwork::isReceiving(u32 a_id)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return endpoint(a_id).m_receiving;
-}
-
-std::vector<tSentDatagram> tSimNetwork::getSent(u32 a_id)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return endpoint(a_id).m_sentLog;
-}
-
-std::vector<tSample> tSimNetwork::getSamples(u32 a_id)
-{
-    std::lock_guard<std::mutex> lock(m_mutex);
-    return endpoint(a_id).m_samples;
 }
 
 bool tSimNetwork::waitUntil(const std::function<bool()>& a_condition, tBound a_bound)

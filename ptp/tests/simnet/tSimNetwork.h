@@ -236,33 +236,33 @@ public:
     // Probability from 0 to 1 that one copy from a_from to a_to is lost.
     void setLoss(u32 a_from, u32 a_to, double a_probability);
     // A disconnected endpoint neither hears nor is heard; its sends still succeed.
-    void setConnected(u32 a_id, bool a_connected);
+    void setConnected(u32 a_id, bool a_on) { set(a_id, &tSimEndpoint::m_connected, a_on); }
     void setInFlightHook(tInFlightHook a_hook);
 
     // The next receive of the endpoint fails with kStatusSystemError, as a
     // broken socket would.
     void failNextReceive(u32 a_id);
     // The next close of the endpoint reports kStatusSystemError; it closes all the same.
-    void failNextClose(u32 a_id);
+    void failNextClose(u32 a_id) { set(a_id, &tSimEndpoint::m_failClose, true); }
     // While set, opening the endpoint fails with kStatusSystemError.
-    void setOpenFailing(u32 a_id, bool a_failing);
+    void setOpenFailing(u32 a_id, bool a_on) { set(a_id, &tSimEndpoint::m_failOpen, a_on); }
     // While set, the endpoint's clock cannot be read (kStatusNotAvailable).
-    void setTimeLost(u32 a_id, bool a_lost);
+    void setTimeLost(u32 a_id, bool a_lost) { set(a_id, &tSimEndpoint::m_timeLost, a_lost); }
     // The next a_count look-ups of a receive (or transmit) time find nothing.
     void loseTimestamps(u32 a_id, bool a_receive, u32 a_count);
-    void setPortStateHeld(u32 a_id, bool a_held);
+    void setPortStateHeld(u32 a_id, bool a_held) { set(a_id, &tSimEndpoint::m_held, a_held); }
 
     // Traffic counters by messageType (0 to 15).
     u64 getSentCount(u32 a_id, u8 a_messageType);
     u64 getDeliveredCount(u32 a_id, u8 a_messageType);
-    bool isOpen(u32 a_id);
-    u32 getOpenCount(u32 a_id);
+    bool isOpen(u32 a_id) { return get(a_id, &tSimEndpoint::m_open); }
+    u32 getOpenCount(u32 a_id) { return get(a_id, &tSimEndpoint::m_openCount); }
     // True while a receive of the endpoint waits.
-    bool isReceiving(u32 a_id);
+    bool isReceiving(u32 a_id) { return get(a_id, &tSimEndpoint::m_receiving); }
     // Every datagram the endpoint sent, in order.
-    std::vector<tSentDatagram> getSent(u32 a_id);
+    std::vector<tSentDatagram> getSent(u32 a_id) { return get(a_id, &tSimEndpoint::m_sentLog); }
 
-    std::vector<tSample> getSamples(u32 a_id);
+    std::vector<tSample> getSamples(u32 a_id) { return get(a_id, &tSimEndpoint::m_samples); }
 
     // Lets simulated time run until a_condition holds, testing it whenever
     // the nodes have no more work at the present instant. The condition runs
@@ -280,6 +280,19 @@ private:
     };
 
     tSimEndpoint& endpoint(u32 a_id) { return *m_endpoints.at(a_id); }
+    // A field of an endpoint, under the lock.
+    template <typename T>
+    T get(u32 a_id, T tSimEndpoint::*a_pField)
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        return endpoint(a_id).*a_pField;
+    }
+    template <typename T>
+    void set(u32 a_id, T tSimEndpoint::*a_pField, T a_value)
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        endpoint(a_id).*a_pField = a_value;
+    }
 
     // First: it outlives everything that waits through it.
     nOrvTarn000::tManualClock m_clock;
