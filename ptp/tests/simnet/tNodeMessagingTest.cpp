@@ -214,7 +214,7 @@ TEST_F(NodeMessagingTest, WhatIsSentFollowsTransmitTimesTheStepsTheStateAndTheMe
     EXPECT_EQ(m_network.getSent(m_pSlave->getId()).size(), sent);
 }
 
-TEST_F(NodeMessagingTest, ASlaveTakesOverWhatItsMasterAnnouncesAndAnUncalibratedPortDoesNot)
+TEST_F(NodeMessagingTest, ASlaveTakesOverWhatItsMasterAnnouncesAndAnUncalibratedPortOnlyMeasures)
 {
     tNodeSettings grandmaster;
     grandmaster.m_priority1 = 100;
@@ -235,6 +235,7 @@ TEST_F(NodeMessagingTest, ASlaveTakesOverWhatItsMasterAnnouncesAndAnUncalibrated
     ASSERT_TRUE(sends(master, kAnnounce, 3));
     EXPECT_EQ(f.readProperty<GRANDMASTER_PRIORITY2>(status), 128);
     EXPECT_EQ(f.readProperty<CURRENT_UTC_OFFSET>(status), 34);
+    EXPECT_FALSE(follower.getSamples().empty()) << "it measures all the same";
 
     f.postMasterClockSelectedCheck(status);
     ASSERT_TRUE(follower.waitForState(kPortStateSlave, kSettleBound));

@@ -262,12 +262,6 @@ tClockIdentity tSimNode::getGrandmasterIdentity()
                                             { return a_rNode.getGrandmasterIdentity(); });
 }
 
-u16 tSimNode::getStepsRemoved()
-{
-    return readOnDispatcher<u16>(*this,
-                                 [](tPTPNode& a_rNode) { return a_rNode.getStepsRemoved(); });
-}
-
 std::string tSimNode::describe()
 {
     std::ostringstream text;

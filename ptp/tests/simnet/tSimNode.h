@@ -95,7 +95,6 @@ public:
     i64 getMeanPathDelay();
     tClockIdentity getParentClockIdentity();
     tClockIdentity getGrandmasterIdentity();
-    u16 getStepsRemoved();
 
     std::vector<tSample> getSamples() { return m_network.getSamples(m_id); }
     std::string describe();
