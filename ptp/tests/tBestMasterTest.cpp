@@ -109,20 +109,6 @@ protected:
     tDefaultBestMasterClockAlgorithm m_algorithm;
 };
 
-// Without foreign masters a listening port stays so; any other is master.
-TEST_F(BestMasterTest, NoForeignMasterListeningStaysOtherwiseMaster)
-{
-    m_output.setDecision(1, tStateDecision(kDecisionMaster, kUpdateM2, nullptr), m_status);
-    expectDecision(run(), kDecisionListening, kUpdateM1, nullptr);
-    m_node.put<PORT_STATE>(kPortStateMaster);
-    expectDecision(run(), kDecisionMaster, kUpdateM2, nullptr);
-    m_node.put<CLOCK_CLASS>(248);
-    expectDecision(run(), kDecisionMaster, kUpdateM2, nullptr);
-    m_node.put<CLOCK_CLASS>(6);
-    expectDecision(run(), kDecisionMaster, kUpdateM1, nullptr);
-    EXPECT_EQ(m_status.getCode(), 0);
-}
-
 TEST_F(BestMasterTest, LocalClockAgainstForeignMasters)
 {
     m_node.put<PRIORITY1>(100);
