@@ -2,9 +2,9 @@
 
 #include "orvptp/tNodeEvents.h"
 
-#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
+#include <future>
 #include <sstream>
 
 namespace nSimNet
@@ -20,49 +20,41 @@ namespace
 // waiting test cannot go on safely, since the event refers to its frame.
 const std::chrono::seconds kDispatcherBound(30);
 
-struct tCompletion
-{
-    std::mutex m_mutex;
-    std::condition_variable m_done;
-    bool m_finished = false;
-    i32 m_code = 0;
-
-    void finish(i32 a_code)
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        if (!m_finished)
-        {
-            m_finished = true;
-            m_code = a_code;
-            m_done.notify_all();
-        }
-    }
-};
-
-// Runs a piece of test code on the dispatcher thread. An event that is
-// abandoned or deleted unrun reports kStatusCancelled.
+// Runs a piece of test code on the dispatcher thread, and gives the status
+// code it ended with; an event that is abandoned or deleted unrun gives
+// kStatusCancelled.
 class tCallEvent : public iPTPEvent
 {
 public:
-    tCallEvent(tPTPNode* a_pNode, std::shared_ptr<tCompletion> a_pCompletion,
-               const std::function<void(tPTPNode&, tStatus&)>& a_work)
-        : m_pNode(a_pNode), m_pCompletion(std::move(a_pCompletion)), m_work(a_work)
+    tCallEvent(tPTPNode* a_pNode, const std::function<void(tPTPNode&, tStatus&)>& a_work)
+        : m_pNode(a_pNode), m_work(a_work)
     {
     }
-    ~tCallEvent() override { m_pCompletion->finish(kStatusCancelled); }
+    ~tCallEvent() override { finish(kStatusCancelled); }
     bool allowedWhenStopped() override { return true; }
     void execute(tStatus&) override
     {
         tStatus status;
         m_work(*m_pNode, status);
-        m_pCompletion->finish(status.getCode());
+        finish(status.getCode());
     }
-    void abandon(tStatus&) override { m_pCompletion->finish(kStatusCancelled); }
+    void abandon(tStatus&) override { finish(kStatusCancelled); }
+    std::future<i32> result() { return m_code.get_future(); }
 
 private:
+    void finish(i32 a_code)
+    {
+        if (!m_finished)
+        {
+            m_finished = true;
+            m_code.set_value(a_code);
+        }
+    }
+
     tPTPNode* m_pNode;
-    std::shared_ptr<tCompletion> m_pCompletion;
     std::function<void(tPTPNode&, tStatus&)> m_work;
+    std::promise<i32> m_code;
+    bool m_finished = false;
 };
 
 template <typename T>
@@ -168,27 +160,25 @@ bool tSimNode::runOnDispatcher(const std::function<void(tPTPNode&, tStatus&)>& a
     {
         return false;
     }
-    std::shared_ptr<tCompletion> pCompletion(new tCompletion);
+    std::unique_ptr<tCallEvent> pEvent(new tCallEvent(m_pNode.get(), a_work));
+    std::future<i32> result = pEvent->result();
     tStatus postStatus;
-    if (!m_pNode->postEvent(
-            std::unique_ptr<iPTPEvent>(new tCallEvent(m_pNode.get(), pCompletion, a_work)),
-            postStatus))
+    if (!m_pNode->postEvent(std::move(pEvent), postStatus))
     {
         a_status.mergeFrom(postStatus);
         return false;
     }
-    std::unique_lock<std::mutex> lock(pCompletion->m_mutex);
-    if (!pCompletion->m_done.wait_for(lock, kDispatcherBound,
-                                      [&pCompletion] { return pCompletion->m_finished; }))
+    if (result.wait_for(kDispatcherBound) != std::future_status::ready)
     {
         std::fprintf(stderr, "simnet: the dispatcher of node %u is hung\n", m_id);
         std::abort();
     }
-    if (pCompletion->m_code != 0)
+    const i32 code = result.get();
+    if (code != 0)
     {
-        ORVTARN_SET_CODE(a_status, pCompletion->m_code);
+        ORVTARN_SET_CODE(a_status, code);
     }
-    return pCompletion->m_code >= 0;
+    return code >= 0;
 }
 
 u8 tSimNode::getState()
