@@ -7,6 +7,8 @@
 
 #include "orvptp/iPropertyChangeObserver.h"
 
+#include <thread>
+
 using namespace nSimNet;
 using namespace nOrvPTP000;
 using nWireTest::managementRequest;
@@ -50,12 +52,17 @@ protected:
     }
 
     // The clock's answer to a_request once it has taken it in; empty if none.
-    // The clock settles first: a request sent before its network is open
-    // would be lost on the way.
+    // Its receive thread waits first: a thread that has not come to its first
+    // wait is not yet known to the manual clock, which would let time run out
+    // before the request is taken in.
     tBytes ask(const tBytes& a_request)
     {
-        settle();
         const u32 clock = m_clock.getId();
+        while (!m_network.isReceiving(clock))
+        {
+            std::this_thread::yield();
+        }
+        settle();
         const u64 heard = m_network.getDeliveredCount(clock, kMessageTypeManagement) + 1;
         const size_t sent = m_network.getSent(clock).size();
         tStatus status;
