@@ -1,10 +1,9 @@
 #pragma once
 // Helpers shared by the wire-layer tests: datagrams from literal bytes, the
 // bytes a serialisation produced, and a trace that keeps its text.
+#include "../../platform/orvtarn/tests/support/tTraceCapture.h"
 #include "orvptp/iPTPSerializable.h"
 #include "orvptp/tProtocolDataUnit.h"
-#include "orvtarn/protons/status/iTraceDestination.h"
-#include "orvtarn/protons/status/tTrace.h"
 
 #include <string>
 #include <vector>
@@ -43,37 +42,10 @@ inline tBytes concat(tBytes a_first, const tBytes& a_second)
     return a_first;
 }
 
-class tCaptureDestination : public nOrvTarn000::iTraceDestination
-{
-public:
-    nOrvTarn000::iTraceDestination& writeCount(const char* a_text, u32 a_length) override
-    {
-        m_text.append(a_text, a_length);
-        return *this;
-    }
-    nOrvTarn000::iTraceDestination& write(const char* a_text) override
-    {
-        m_text += a_text;
-        return *this;
-    }
-    void control(u32, u32) override {}
-    char* getOptionText(char*, u32, u32*) override { return nullptr; }
-    bool isReady() override { return true; }
-    void flush() override {}
-    const char* getName() override { return "capture"; }
-
-    std::string m_text;
-};
-
-// The text an object renders, with a line end so that the trace hands it over.
+// The text an object renders, without the line end that hands it over.
 inline std::string traceText(nOrvTarn000::iTraceable& a_object)
 {
-    tCaptureDestination destination;
-    {
-        nOrvTarn000::tTrace trace(destination);
-        trace.write(a_object).endLine();
-    }
-    std::string text = destination.m_text;
+    std::string text = nOrvTarn000::traceLine(a_object);
     text.pop_back();
     return text;
 }
