@@ -1,23 +1,15 @@
 #pragma once
-// An in-process network for PTP clocks: one shared segment on which every open
+// An in-process network for PTP clocks: one segment on which every open
 // endpoint hears every other, with a one-way delay and a loss rate per
-// direction, and a simulated clock behind each endpoint.
+// direction, and a simulated clock behind each endpoint. Only bytes move: the
+// nodes serialise and parse every message themselves.
 //
-// Simulated time is one base for all endpoints: the network's manual clock,
-// on which the nodes' timers run too, so that a scenario runs in virtual
-// time: nothing moves while any thread has work, and waits step the clock
-// from one deadline to the next. A datagram is stamped once, at
-// the simulated time t of its sending. Its transmit time is the sender's clock
-// at t, and it is delivered no earlier than t + delay, with the receiver's
-// clock at exactly t + delay as its receive time. Clock readings are whole
-// nanoseconds computed from t alone, so that
-//     receive - transmit = delay + (receiver offset - sender offset)
-// holds exactly, and the measurement a slave makes from these stamps comes
-// out to the nanosecond.
-//
-// Each endpoint offers the three interfaces that a tPTPNode needs:
-// iPTPPortMessaging, iPTPTimestampGenerator and iPTPTimekeeper. Only bytes
-// move: the node serialises and parses every message itself.
+// Time is the network's manual clock, which the nodes' timers use too, so a
+// scenario runs in virtual time. A datagram sent at simulated time t carries
+// the sender's clock at t as its transmit time and arrives at t + delay with
+// the receiver's clock then as its receive time. Readings are whole
+// nanoseconds of t alone, so that receive - transmit = delay + (receiver
+// offset - sender offset) exactly, and a slave measures to the nanosecond.
 #include "orvptp/iPTPNode.h"
 #include "orvptp/iPTPPortMessaging.h"
 #include "orvptp/iPTPTimekeeper.h"
