@@ -5,6 +5,7 @@
 #include "orvptp/iPTPEvent.h"
 #include "tManualClock.h"
 
+#include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <functional>
@@ -76,18 +77,10 @@ public:
     bool waitFor(const std::string& a_entry)
     {
         std::unique_lock<std::mutex> lock(m_mutex);
-        return m_changed.wait_for(lock, std::chrono::seconds(10),
-                                  [&]
-                                  {
-                                      for (const tEntry& entry : m_entries)
-                                      {
-                                          if (entry.m_text == a_entry)
-                                          {
-                                              return true;
-                                          }
-                                      }
-                                      return false;
-                                  });
+        const auto written = [&](const tEntry& a_written) { return a_written.m_text == a_entry; };
+        return m_changed.wait_for(
+            lock, std::chrono::seconds(10),
+            [&] { return std::any_of(m_entries.begin(), m_entries.end(), written); });
     }
 
     // Events are made on the posters' threads.
