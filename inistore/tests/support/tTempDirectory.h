@@ -1,12 +1,14 @@
 #pragma once
 // Files for tests: a directory of the test's own, removed with its content,
 // and whole-file reads and writes.
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <dirent.h>
 #include <fstream>
 #include <ftw.h>
 #include <iterator>
 #include <set>
-#include <stdexcept>
 #include <stdlib.h>
 #include <string>
 
@@ -22,7 +24,9 @@ public:
         std::string pattern = std::string(pBase != nullptr ? pBase : "/tmp") + "/zm_ptp_XXXXXX";
         if (mkdtemp(&pattern[0]) == nullptr)
         {
-            throw std::runtime_error("mkdtemp failed");
+            // No test can go on without its directory.
+            std::fprintf(stderr, "mkdtemp(%s): %s\n", pattern.c_str(), std::strerror(errno));
+            std::abort();
         }
         m_path = pattern;
     }
